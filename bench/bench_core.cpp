@@ -1,0 +1,34 @@
+// Hexadecimal conversion of a tone for upload, and percent encoding of a
+// long service value, both with their event pumping.
+#include "Bench.h"
+#include "core/modCommon.h"
+
+#include <QFile>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+
+namespace {
+const bool fileToHex = RegisterBench("FileToHexString_500KB", [] {
+    QTemporaryDir dir;
+    const QString path = dir.filePath("tone.bin");
+    QFile f(path);
+    f.open(QIODevice::WriteOnly);
+    QByteArray bytes(500 * 1024, Qt::Uninitialized);
+    QRandomGenerator gen(7);
+    for (char& b : bytes)
+        b = static_cast<char>(gen.bounded(256));
+    f.write(bytes);
+    f.close();
+    return BenchFigure{MedianMilliseconds(21, [&] { FileToHexString(path); }), "ms"};
+});
+
+const bool encode = RegisterBench("EncodeForUrl_100KB", [] {
+    // Song-report-like text: words, blanks, marks and an underscore now and then.
+    QString text;
+    const QString piece = QStringLiteral("Artist_Name: Song Title & Co <Live> = 100%? ");
+    while (text.size() < 100 * 1024)
+        text += piece;
+    text.truncate(100 * 1024);
+    return BenchFigure{MedianMilliseconds(21, [&] { EncodeForUrl(text); }), "ms"};
+});
+}  // namespace

@@ -1,0 +1,52 @@
+#pragma once
+// The routines that everything else calls: the settings store, the log, the
+// percent encoding of service values, the desktop hand-off, the temporary
+// folder, the busy state and placement of windows, file-to-hexadecimal
+// conversion and unique names.
+#include <QColor>
+#include <QString>
+#include <QUuid>
+#include <cstdint>
+
+class QWidget;
+class QLineEdit;
+
+inline constexpr char kAppName[] = "Quillotone";
+inline const QString kSettings = QStringLiteral("Settings");
+inline const QString kToneData = QStringLiteral("ToneData");
+
+// Settings store: per user, values always text, absent reads as "".
+QString GetAppSetting(const QString& key, const QString& section);
+void SaveAppSetting(const QString& key, const QString& value, const QString& section);
+void DeleteAppSetting(const QString& key, const QString& section);
+QString SettingsFilePath();
+
+// One log line, if "Logging" is "1" at the time of the call.
+void WriteLog(const QString& message);
+QString LogFilePath();
+
+QString EncodeForUrl(const QString& value);
+void OpenInBrowser(const QString& target);
+QString GetTempFolder();
+
+// Screen pointer: 0 the default arrow, 11 the hourglass.
+enum MousePointerShape { vbDefault = 0, vbHourglass = 11 };
+void SetMousePointer(int shape);
+int MousePointer();
+
+void SetFormEnabled(QWidget* window, bool bEnabled);
+void PrepareDialog(QWidget* window);
+void CenterOnScreen(QWidget* window);
+void CenterOnMainWindow(QWidget* window);
+
+// Flags of SetLayeredColourKey.
+enum LayeredFlags : uint8_t { LWA_COLORKEY = 1, LWA_ALPHA = 2 };
+inline const QColor kColourKeyBlue{0, 0, 255};
+void SetLayeredColourKey(QWidget* window, const QColor& colour, uint8_t alpha, uint8_t flags);
+
+void SelectAllText(QLineEdit* textbox);
+QString FileToHexString(const QString& path);
+QString BuildAccountQuery();
+QString CreateUniqueName();
+QString GuidToBracedString(const QUuid& guid);
+bool IsEvenNumber(int32_t n);

@@ -1,0 +1,41 @@
+#include "core/seams.h"
+
+#include <QCoreApplication>
+#include <QDesktopServices>
+#include <QDir>
+#include <QUrl>
+#include <cstdlib>
+
+Seams DefaultSeams()
+{
+    Seams s;
+    s.programFolder = [] { return QCoreApplication::applicationDirPath(); };
+    s.tempFolder = [] { return QDir::tempPath(); };
+    s.openUrl = [](const QString& target) {
+        const QUrl url = QUrl::fromUserInput(target, QDir::currentPath(), QUrl::AssumeLocalFile);
+        return url.isValid() && QDesktopServices::openUrl(url);
+    };
+    s.now = [] { return QDateTime::currentDateTime(); };
+    s.endNow = [](int code) { std::_Exit(code); };
+    s.killProcess = nullptr;  // set by the program once process killing is linked in
+    s.mainWindow = nullptr;   // set by the main window's module
+    s.serviceBaseUrl = QStringLiteral("https://127.0.0.1:8443/");
+    return s;
+}
+
+Seams& seams()
+{
+    static Seams live = DefaultSeams();
+    return live;
+}
+
+QString ProgramFolderPath(const QString& name)
+{
+    return QDir(seams().programFolder()).filePath(name);
+}
+
+void EndProgramNow(int code)
+{
+    seams().endNow(code);
+    throw ProgramEnded{code};
+}

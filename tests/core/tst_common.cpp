@@ -1,0 +1,356 @@
+#include "core/CError.h"
+#include "core/globals.h"
+#include "core/modCommon.h"
+#include "core/modEncryption.h"
+#include "core/seams.h"
+#include "support/DialogAnswerer.h"
+#include "support/TestGround.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QSet>
+#include <QFile>
+#include <QFrame>
+#include <QLineEdit>
+#include <QPainter>
+#include <QPushButton>
+#include <QSettings>
+#include <QTest>
+#include <QTimer>
+#include <memory>
+
+class tst_Common : public QObject {
+    Q_OBJECT
+    std::unique_ptr<TestGround> ground;
+
+    QString readLog()
+    {
+        QFile f(LogFilePath());
+        return f.open(QIODevice::ReadOnly) ? QString::fromLatin1(f.readAll()) : QString();
+    }
+
+private slots:
+    void init() { ground = std::make_unique<TestGround>(); }
+    void cleanup() { ground.reset(); }
+
+    void settings_roundTripAndAbsence_data()
+    {
+        QTest::addColumn<QString>("value");
+        QTest::addRow("plain") << "1";
+        QTest::addRow("with commas") << "a, b,c";
+        QTest::addRow("xml record") << R"(<Message ID="7" Type="amr" Name="x=y;z"/>)";
+        QTest::addRow("line breaks") << "one\r\ntwo";
+        QTest::addRow("non-latin") << QString::fromUtf8("Zoë – 日本");
+        QTest::addRow("blank edges") << "  padded  ";
+        QTest::addRow("empty") << "";
+    }
+    void settings_roundTripAndAbsence()
+    {
+        QFETCH(QString, value);
+        QCOMPARE(GetAppSetting("LastPhoneNumber", kSettings), QString());
+        SaveAppSetting("LastPhoneNumber", value, kSettings);
+        QCOMPARE(GetAppSetting("LastPhoneNumber", kSettings), value);
+        // Sections are apart: the same key elsewhere is still absent.
+        QCOMPARE(GetAppSetting("LastPhoneNumber", kToneData), QString());
+        // And it is really on disk, in the per-user INI store.
+        QSettings raw(SettingsFilePath(), QSettings::IniFormat);
+        QCOMPARE(raw.value("Settings/LastPhoneNumber").toString(), value);
+        QVERIFY(SettingsFilePath().startsWith(ground->root()));
+        DeleteAppSetting("LastPhoneNumber", kSettings);
+        QCOMPARE(GetAppSetting("LastPhoneNumber", kSettings), QString());
+    }
+
+    void settings_handWrittenListReadsAsText()
+    {
+        QDir().mkpath(QFileInfo(SettingsFilePath()).path());
+        QFile ini(SettingsFilePath());
+        QVERIFY(ini.open(QIODevice::WriteOnly));
+        ini.write("[Settings]\nQuillAssistURL=https://helper/x?a=1,2\n");
+        ini.close();
+        QCOMPARE(GetAppSetting("QuillAssistURL", kSettings), QString("https://helper/x?a=1, 2"));
+    }
+
+    void settings_unwritableStoreSaysSoOnce()
+    {
+        // A settings folder that is a file cannot be written, even by root.
+        QFile blocker(ground->root() + "/blocked");
+        QVERIFY(blocker.open(QIODevice::WriteOnly));
+        blocker.close();
+        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, ground->root() + "/blocked/inner");
+        DialogAnswerer answers;
+        answers.answer("MsgBox", "OK");
+        SaveAppSetting("FadeIn", "True", kSettings);
+        SaveAppSetting("FadeOut", "True", kSettings);
+        QTRY_VERIFY(answers.allAnswered());
+        QCOMPARE(answers.seen.size(), 1);
+        QVERIFY(answers.seen.first().text.startsWith("Quillotone could not save its settings"));
+        QVERIFY(answers.unexpected.isEmpty());
+    }
+
+    void log_followsSwitchAtEachCall_data()
+    {
+        QTest::addColumn<QString>("logging");
+        QTest::addColumn<bool>("written");
+        QTest::addRow("on") << "1" << true;
+        QTest::addRow("absent") << "" << false;
+        QTest::addRow("zero") << "0" << false;
+        QTest::addRow("True is not 1") << "True" << false;
+        QTest::addRow("padded") << " 1" << false;
+    }
+    void log_followsSwitchAtEachCall()
+    {
+        QFETCH(QString, logging);
+        QFETCH(bool, written);
+        seams().now = [] { return QDateTime(QDate(2026, 3, 4), QTime(5, 6, 7)); };
+        WriteLog("before");
+        QVERIFY(!QFile::exists(LogFilePath()));
+        SaveAppSetting("Logging", logging, kSettings);
+        WriteLog("Started Quillo Tone");
+        WriteLog(QString::fromUtf8("café"));
+        const QString stamp = QLocale::system().toString(seams().now(), QLocale::ShortFormat);
+        const QString expected = stamp + ": Started Quillo Tone\n" + stamp + QString::fromUtf8(": café\n");
+        QCOMPARE(readLog(), written ? expected : QString());
+        if (written) {  // appended, and in the single-byte code page
+            WriteLog("again");
+            QVERIFY(readLog().startsWith(expected));
+            QFile f(LogFilePath());
+            QVERIFY(f.open(QIODevice::ReadOnly));
+            QVERIFY(f.readAll().contains("caf\xe9\n"));
+        }
+    }
+
+    void log_unwritableFolderRaises()
+    {
+        SaveAppSetting("Logging", "1", kSettings);
+        QVERIFY(QDir(ground->programFolder()).mkpath("qtlog.txt"));  // a folder where the file goes
+        try {
+            WriteLog("x");
+            QFAIL("WriteLog went on");
+        } catch (const CError& e) {
+            QCOMPARE(e.Number(), ErrNo::PathFileAccess);
+        }
+    }
+
+    void encodeForUrl_data()
+    {
+        QTest::addColumn<QString>("value");
+        QTest::addColumn<QString>("encoded");
+        QTest::addRow("empty") << "" << "";
+        QTest::addRow("blanks only") << "    " << "";
+        QTest::addRow("blank and ampersand") << "a b&c" << "a+b%26c";
+        QTest::addRow("percent stays") << "50%" << "50%";
+        QTest::addRow("CR LF") << "x\r\ny" << "x%0D%0Ay";
+        QTest::addRow("tab") << "a\tb" << "a%09b";
+        QTest::addRow("tabs are not trimmed") << "\tx\t" << "%09x%09";
+        QTest::addRow("outer blanks trimmed") << "  a b  " << "a+b";
+        QTest::addRow("low controls") << QString(QChar(0)) + QChar(1) + QChar(9) << "%00%01%09";
+        QTest::addRow("11 to 31 but 13 pass") << QString(QChar(11)) + QChar(12) + QChar(31) << QString(QChar(11)) + QChar(12) + QChar(31);
+        QTest::addRow("marks") << "\"/:<=>?" << "%22%2F%3A%3C%3D%3E%3F";
+        QTest::addRow("untouched marks") << "#+;%_-.*'" << "#+;%_-.*'";
+        QTest::addRow("code page letters stay") << QString::fromUtf8("café €") << QString::fromUtf8("café+€");
+        QTest::addRow("outside code page is ?") << QString::fromUtf8("Ā日") << "%3F%3F";
+        QTest::addRow("astral is two ?") << QString::fromUtf8("😀") << "%3F%3F";
+        QTest::addRow("email") << "jo.smith@example.com" << "jo.smith@example.com";
+    }
+    void encodeForUrl()
+    {
+        QFETCH(QString, value);
+        QFETCH(QString, encoded);
+        const QString before = value;
+        QCOMPARE(EncodeForUrl(value), encoded);
+        QCOMPARE(value, before);
+    }
+
+    void pumping_data()
+    {
+        QTest::addColumn<QString>("what");
+        QTest::addColumn<int>("size");
+        QTest::addColumn<bool>("pumped");
+        QTest::addRow("encode with underscore") << "encode_" << 0 << true;
+        QTest::addRow("encode without") << "encode" << 0 << false;
+        QTest::addRow("hex of 999 bytes") << "hex" << 999 << false;
+        QTest::addRow("hex of 1000 bytes") << "hex" << 1000 << true;
+    }
+    void pumping()
+    {
+        QFETCH(QString, what);
+        QFETCH(int, size);
+        QFETCH(bool, pumped);
+        bool ran = false;
+        QMetaObject::invokeMethod(qApp, [&ran] { ran = true; }, Qt::QueuedConnection);
+        if (what == "hex") {
+            const QString path = ground->tempFolder() + "/f.bin";
+            QFile f(path);
+            QVERIFY(f.open(QIODevice::WriteOnly));
+            f.write(QByteArray(size, 'x'));
+            f.close();
+            QCOMPARE(FileToHexString(path).size(), 2 * size);
+        } else {
+            EncodeForUrl(what);
+        }
+        QCOMPARE(ran, pumped);
+        QCoreApplication::processEvents();
+    }
+
+    void fileToHexString_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("hex");
+        QTest::addRow("empty") << QByteArray() << "";
+        QTest::addRow("edges") << QByteArray("\x00\x0f\x10\xff", 4) << "000F10FF";
+        QTest::addRow("text") << QByteArray("AMR") << "414D52";
+    }
+    void fileToHexString()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(QString, hex);
+        const QString path = ground->tempFolder() + "/tone.amr";
+        QFile f(path);
+        QVERIFY(f.open(QIODevice::WriteOnly));
+        f.write(bytes);
+        f.close();
+        QCOMPARE(FileToHexString(path), hex);
+    }
+
+    void fileToHexString_failures_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<long>("number");
+        QTest::addColumn<QString>("description");
+        QTest::addRow("missing") << "gone.amr" << ErrNo::FileNotFound << "File not found";
+        QTest::addRow("a folder") << "folder" << ErrNo::PathFileAccess << "Path/File access error";
+    }
+    void fileToHexString_failures()
+    {
+        QFETCH(QString, name);
+        QFETCH(long, number);
+        QFETCH(QString, description);
+        QDir(ground->tempFolder()).mkpath("folder");
+        try {
+            FileToHexString(ground->tempFolder() + "/" + name);
+            QFAIL("no failure raised");
+        } catch (const CError& e) {
+            QCOMPARE(e.Number(), number);
+            QCOMPARE(e.Description(), description);
+        }
+    }
+
+    void uniqueNames()
+    {
+        QSet<QString> names;
+        const QRegularExpression form("^[0-9A-F]{32}$");
+        for (int i = 0; i < 500; ++i) {
+            const QString name = CreateUniqueName();
+            QVERIFY2(form.match(name).hasMatch(), qPrintable(name));
+            names.insert(name);
+        }
+        QCOMPARE(names.size(), 500);
+        QCOMPARE(GuidToBracedString(QUuid("{67c8770b-44f1-410a-ab9a-f9b5446f13ee}")),
+                 QString("{67C8770B-44F1-410A-AB9A-F9B5446F13EE}"));
+    }
+
+    void isEvenNumber_data()
+    {
+        QTest::addColumn<int>("n");
+        QTest::addColumn<bool>("even");
+        QTest::addRow("0") << 0 << true;
+        QTest::addRow("2") << 2 << true;
+        QTest::addRow("1") << 1 << false;
+        QTest::addRow("-2") << -2 << true;
+        QTest::addRow("-1 counts as even") << -1 << true;
+        QTest::addRow("max") << std::numeric_limits<int>::max() << false;
+        QTest::addRow("min") << std::numeric_limits<int>::min() << true;
+    }
+    void isEvenNumber()
+    {
+        QFETCH(int, n);
+        QFETCH(bool, even);
+        QCOMPARE(IsEvenNumber(n), even);
+    }
+
+    void tempFolderAndBrowser()
+    {
+        QCOMPARE(GetTempFolder(), ground->tempFolder() + "/");
+        OpenInBrowser("https://127.0.0.1:8443/help.asp");
+        OpenInBrowser("");
+        QCOMPARE(ground->openedUrls, QStringList({"https://127.0.0.1:8443/help.asp", ""}));
+    }
+
+    void accountQueryIsNotEncoded()
+    {
+        gstrMachineKey = Hash("000000000000");
+        gstrMobileNumber = "0412 345 678";
+        gstrPassword = Encrypt("p&ss word", gstrMachineKey);
+        QCOMPARE(BuildAccountQuery(), QString("MobileNumber=0412 345 678&Password=p&ss word"));
+    }
+
+    void setFormEnabled_switchesEveryControlAndTimer()
+    {
+        QWidget window;
+        auto* button = new QPushButton(&window);
+        auto* frame = new QFrame(&window);
+        auto* nested = new QLineEdit(frame);
+        auto* running = new QTimer(&window);
+        auto* idle = new QTimer(&window);
+        running->start(1000);
+        nested->setEnabled(false);
+
+        SetFormEnabled(&window, false);
+        QVERIFY(!button->isEnabled() && !frame->isEnabled() && !nested->isEnabled());
+        QVERIFY(!running->isActive() && !idle->isActive());
+        QCOMPARE(MousePointer(), int(vbHourglass));
+
+        SetFormEnabled(&window, true);
+        // Nothing is remembered: what was off before comes on too.
+        QVERIFY(button->isEnabled() && frame->isEnabled() && nested->isEnabled());
+        QVERIFY(running->isActive() && idle->isActive());
+        QCOMPARE(MousePointer(), int(vbDefault));
+    }
+
+    void centring_data()
+    {
+        QTest::addColumn<QRect>("main");
+        QTest::addColumn<QPoint>("expected");
+        QTest::addRow("inside") << QRect(100, 100, 400, 300) << QPoint(200, 200);
+        QTest::addRow("odd sizes") << QRect(0, 0, 401, 301) << QPoint(100, 100);
+        QTest::addRow("off screen, no clamp") << QRect(-900, -700, 400, 300) << QPoint(-800, -600);
+    }
+    void centring()
+    {
+        QFETCH(QRect, main);
+        QFETCH(QPoint, expected);
+        QWidget mainWindow;
+        mainWindow.setGeometry(main);
+        seams().mainWindow = [&mainWindow] { return &mainWindow; };
+        QWidget dialog;
+        dialog.resize(200, 100);
+        CenterOnMainWindow(&dialog);
+        QCOMPARE(dialog.pos(), expected);
+
+        const QSize screen = dialog.screen()->geometry().size();
+        CenterOnScreen(&dialog);
+        QCOMPARE(dialog.pos(), QPoint(screen.width() / 2 - 100, screen.height() / 2 - 50));
+    }
+
+    void colourKeyCutsHoles()
+    {
+        class Face : public QWidget {
+            void paintEvent(QPaintEvent*) override
+            {
+                QPainter p(this);
+                p.fillRect(0, 0, 50, 40, QColor(0, 0, 255));    // a hole
+                p.fillRect(50, 0, 50, 40, QColor(0, 0, 254));   // nearly blue is face
+            }
+        } window;
+        window.resize(100, 40);
+        SetLayeredColourKey(&window, kColourKeyBlue, 100, LWA_COLORKEY);
+        QVERIFY(!window.mask().contains(QPoint(10, 10)));
+        QVERIFY(window.mask().contains(QPoint(60, 10)));
+        QCOMPARE(window.windowOpacity(), 1.0);  // alpha has no effect with the colour key alone
+    }
+};
+
+QTEST_MAIN(tst_Common)
+#include "tst_common.moc"

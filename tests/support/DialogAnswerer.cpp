@@ -1,0 +1,94 @@
+#include "support/DialogAnswerer.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QDialog>
+#include <QLabel>
+#include <QMessageBox>
+#include <QTest>
+
+namespace {
+QString textOf(QWidget* window)
+{
+    if (auto* box = qobject_cast<QMessageBox*>(window))
+        return box->text();
+    QStringList parts;
+    for (QLabel* label : window->findChildren<QLabel*>()) {
+        if (!label->text().isEmpty())
+            parts << label->text();
+    }
+    return parts.join(QLatin1Char('\n'));
+}
+
+QWidget* visibleTopLevel(const QString& name)
+{
+    for (QWidget* w : QApplication::topLevelWidgets()) {
+        if (w->isVisible() && w->objectName() == name)
+            return w;
+    }
+    return nullptr;
+}
+}  // namespace
+
+DialogAnswerer::DialogAnswerer()
+{
+    mTimer.setInterval(10);
+    connect(&mTimer, &QTimer::timeout, this, &DialogAnswerer::poll);
+    mTimer.start();
+}
+
+DialogAnswerer& DialogAnswerer::answer(const QString& window, const QString& control)
+{
+    mQueue.append({window, control});
+    return *this;
+}
+
+void DialogAnswerer::poll()
+{
+    QWidget* modal = QApplication::activeModalWidget();
+    QWidget* target = nullptr;
+    if (!mQueue.isEmpty())
+        target = (modal && modal->objectName() == mQueue.first().window) ? modal : visibleTopLevel(mQueue.first().window);
+
+    if (target) {
+        const Expected next = mQueue.takeFirst();
+        seen.append({next.window, textOf(target)});
+        press(target, next.control);
+        return;
+    }
+    if (modal) {
+        unexpected << modal->objectName() + QStringLiteral(": ") + textOf(modal);
+        if (auto* box = qobject_cast<QMessageBox*>(modal))
+            box->done(QMessageBox::Ok);
+        else if (auto* dialog = qobject_cast<QDialog*>(modal))
+            dialog->reject();
+        else
+            modal->hide();
+    }
+}
+
+void DialogAnswerer::press(QWidget* window, const QString& control)
+{
+    if (control == QLatin1String("Enter")) {
+        QTest::keyClick(window, Qt::Key_Return);
+        return;
+    }
+    if (control == QLatin1String("Escape")) {
+        QTest::keyClick(window, Qt::Key_Escape);
+        return;
+    }
+    if (auto* box = qobject_cast<QMessageBox*>(window); box && control == QLatin1String("OK")) {
+        box->button(QMessageBox::Ok)->click();
+        return;
+    }
+    QWidget* child = window->findChild<QWidget*>(control);
+    if (!child) {
+        unexpected << window->objectName() + QStringLiteral(" has no control ") + control;
+        window->hide();
+        return;
+    }
+    if (auto* button = qobject_cast<QAbstractButton*>(child))
+        button->click();
+    else
+        QTest::mouseClick(child, Qt::LeftButton);
+}
