@@ -261,12 +261,12 @@ QString FileToHexString(const QString& path)
     if (file.error() != QFileDevice::NoError)
         throw CError(ErrNo::PathFileAccess, QStringLiteral("Path/File access error"), QStringLiteral("FileToHexString"));
 
-    QString hex;
-    hex.reserve(bytes.size() * 2);
+    QString hex(bytes.size() * 2, Qt::Uninitialized);
+    QChar* out = hex.data();
     for (qsizetype i = 0; i < bytes.size(); ++i) {
         const auto b = static_cast<unsigned char>(bytes[i]);
-        hex += QLatin1Char(digits[b >> 4]);
-        hex += QLatin1Char(digits[b & 0xF]);
+        *out++ = QLatin1Char(digits[b >> 4]);
+        *out++ = QLatin1Char(digits[b & 0xF]);
         if ((i + 1) % 1000 == 0)
             pumpEvents();
     }
