@@ -5,6 +5,7 @@
 #include "core/codepage.h"
 #include "core/globals.h"
 #include "core/modEncryption.h"
+#include "core/numbers.h"
 #include "core/seams.h"
 
 #include <QApplication>
@@ -216,8 +217,7 @@ void placeCentredOn(QWidget* window, const QRectF& area)
 {
     const double left = area.left() + area.width() / 2 - window->width() / 2.0;
     const double top = area.top() + area.height() / 2 - window->height() / 2.0;
-    // Ties go to the even neighbour, as every whole-number conversion here does.
-    window->move(static_cast<int>(std::nearbyint(left)), static_cast<int>(std::nearbyint(top)));
+    window->move(RoundToEven(left), RoundToEven(top));
 }
 }  // namespace
 
