@@ -90,11 +90,16 @@ QString LogFilePath()
     return ProgramFolderPath(QStringLiteral("qtlog.txt"));
 }
 
+QString DefaultDateTimeText(const QDateTime& when)
+{
+    return QLocale::system().toString(when, QLocale::ShortFormat);
+}
+
 void WriteLog(const QString& message)
 {
     if (GetAppSetting(QStringLiteral("Logging"), kSettings) != QLatin1String("1"))
         return;
-    const QString stamp = QLocale::system().toString(seams().now(), QLocale::ShortFormat);
+    const QString stamp = DefaultDateTimeText(seams().now());
     QFile log(LogFilePath());
     if (!log.open(QIODevice::WriteOnly | QIODevice::Append))
         throw CError(ErrNo::PathFileAccess, QStringLiteral("Path/File access error"), QStringLiteral("WriteLog"));
