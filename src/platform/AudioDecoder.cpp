@@ -202,9 +202,6 @@ void AudioDecoder::Open(const QString& path)
         d->fromStart = true;
         d->demuxDone = d->decodeDone = false;
         d->badPackets = 0;
-        // A file that holds no decodable frame at all is no sound.
-        if (!d->decodeMore())
-            throw CError(ErrNo::PathFileAccess, kNotSupported, QStringLiteral("AudioDecoder"));
     } catch (...) {
         d->close();
         throw;

@@ -13,8 +13,9 @@ public:
     AudioDecoder(const AudioDecoder&) = delete;
     AudioDecoder& operator=(const AudioDecoder&) = delete;
 
-    // Throws CError: "Format is not supported." when the file holds no sound
-    // that can be decoded; the system's description for a missing file.
+    // Throws CError: "Format is not supported." when the file holds no audio
+    // stream FFmpeg can decode; "File not found" for a missing file. A file
+    // whose stream holds no decodable frame opens and reads as empty.
     void Open(const QString& path);
     void Close();
     bool IsOpen() const;

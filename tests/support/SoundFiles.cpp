@@ -47,7 +47,7 @@ ProbedSound Probe(const QString& path)
     QByteArray json;
     ProbedSound out;
     if (!RunTool("ffprobe", {"-v", "error", "-select_streams", "a:0", "-show_entries",
-                             "stream=codec_name,sample_rate,channels,duration:format=duration", "-of", "json", path},
+                             "stream=codec_name,sample_rate,channels", "-of", "json", path},
                  &json))
         return out;
     const QJsonObject root = QJsonDocument::fromJson(json).object();
@@ -58,9 +58,24 @@ ProbedSound Probe(const QString& path)
     out.codec = s.value("codec_name").toString();
     out.sampleRate = s.value("sample_rate").toString().toInt();
     out.channels = s.value("channels").toInt();
-    const QString duration = s.contains("duration") ? s.value("duration").toString()
-                                                    : root.value("format").toObject().value("duration").toString();
-    out.seconds = duration.toDouble();
+    // The packets' own timeline: containers such as AMR store no length, and
+    // ffprobe's estimate from the bit rate would hide a wrong one.
+    QByteArray packets;
+    if (!RunTool("ffprobe", {"-v", "error", "-select_streams", "a:0", "-show_entries", "packet=pts_time,duration_time",
+                             "-of", "csv=p=0", path},
+                 &packets))
+        return out;
+    double first = -1, end = 0;
+    for (const QByteArray& line : packets.split('\n')) {
+        const QList<QByteArray> fields = line.split(',');
+        if (fields.size() < 2)
+            continue;
+        const double pts = fields[0].toDouble();
+        if (first < 0)
+            first = pts;
+        end = std::max(end, pts + fields[1].toDouble());
+    }
+    out.seconds = first < 0 ? 0 : end - first;
     return out;
 }
 
@@ -72,7 +87,8 @@ std::vector<int16_t> DecodeMono(const QString& path, int sampleRate)
                  &raw))
         return {};
     std::vector<int16_t> samples(static_cast<size_t>(raw.size()) / 2);
-    std::memcpy(samples.data(), raw.constData(), samples.size() * 2);
+    if (!samples.empty())
+        std::memcpy(samples.data(), raw.constData(), samples.size() * 2);
     return samples;
 }
 

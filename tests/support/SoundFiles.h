@@ -10,7 +10,7 @@ struct ProbedSound {
     QString codec;  // ffprobe's codec_name, empty when no audio stream
     int sampleRate = 0;
     int channels = 0;
-    double seconds = 0;
+    double seconds = 0;  // from the first packet to the end of the last
 };
 
 // Runs a program to its end; true when it exits with 0.
