@@ -2,6 +2,7 @@
 #include "core/modKillProcess.h"
 #include "core/modStartup.h"
 #include "core/seams.h"
+#include "editing/frmMain.h"
 
 #include <QApplication>
 #include <QTimer>
@@ -11,6 +12,11 @@ int main(int argc, char** argv)
 {
     QApplication app(argc, argv);
     seams().killProcess = KillProcess;
+    seams().mainWindow = [] {
+        frmMain& form = MainForm();
+        form.Load();
+        return static_cast<QWidget*>(&form);
+    };
     QTimer::singleShot(0, &app, [] {
         SubMain();
         // A road that opened no window leaves nothing to wait for.
@@ -20,5 +26,6 @@ int main(int argc, char** argv)
     });
     const int code = QApplication::exec();
     DropStartupWindows();
+    DropMainForm();
     return code;
 }

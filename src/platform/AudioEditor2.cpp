@@ -189,17 +189,34 @@ void AudioEditor2::SaveToFile(const QString& path, bool selectionOnly, int fileF
     emit OnEditorProgress(100);
 }
 
+// Marks set in code tell of their change through the event loop, once for
+// all the sets of one handler: a caller that moves both marks is told of the
+// selection it made, not of the half-way one between its two statements.
+void AudioEditor2::postSelectionChanged()
+{
+    if (mSelectionChangePosted)
+        return;
+    mSelectionChangePosted = true;
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            mSelectionChangePosted = false;
+            emit OnEditorSelectionChanged();
+        },
+        Qt::QueuedConnection);
+}
+
 void AudioEditor2::SetSelectionStart(int32_t sample)
 {
     mSelStart = clampSample(sample);
-    emit OnEditorSelectionChanged();
+    postSelectionChanged();
     update();
 }
 
 void AudioEditor2::SetSelectionEnd(int32_t sample)
 {
     mSelEnd = clampSample(sample);
-    emit OnEditorSelectionChanged();
+    postSelectionChanged();
     update();
 }
 

@@ -89,6 +89,7 @@ private:
     void drawRuler(class QPainter& p, const QRect& area) const;
     void playbackMoved(int64_t frame);
     void playbackEnded();
+    void postSelectionChanged();
 
     EditorAppearance mLook;
     PeakSummary mPeaks;
@@ -104,6 +105,7 @@ private:
     int32_t mVolume = 32000;
     bool mShowSelection = true;
     bool mPrepared = false;
+    bool mSelectionChangePosted = false;
     int32_t mAnchor = 0;
     int mPressX = -1;
     bool mDragging = false;
