@@ -164,7 +164,7 @@ QList<MessageWindowSpec> build()
                            {},
                            {},
                            {}};
-    wait.size = QSize(400, 180);
+    wait.size = QSize(400, 200);
     rows << wait;
     return rows;
 }
