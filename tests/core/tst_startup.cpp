@@ -9,6 +9,7 @@
 #include "core/seams.h"
 #include "skin/CPictureButton.h"
 #include "support/DialogAnswerer.h"
+#include "support/QuietOffscreen.h"
 #include "support/TestGround.h"
 
 #include <QApplication>
@@ -102,6 +103,7 @@ class tst_Startup : public QObject {
 private slots:
     void initTestCase()
     {
+        QuietOffscreenPlugin();
         // The instance lock lives in the user's runtime folder; ours is private to the test.
         QVERIFY(runtime.isValid());
         qputenv("XDG_RUNTIME_DIR", runtime.path().toLocal8Bit());

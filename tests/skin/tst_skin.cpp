@@ -6,6 +6,7 @@
 #include "skin/frmGenericOKDialog.h"
 #include "skin/frmMessage.h"
 #include "skin/modWindowDrag.h"
+#include "support/QuietOffscreen.h"
 #include "support/TestGround.h"
 
 #include <QApplication>
@@ -70,6 +71,7 @@ class tst_Skin : public QObject {
     std::unique_ptr<TestGround> ground;
 
 private slots:
+    void initTestCase() { QuietOffscreenPlugin(); }
     void init() { ground = std::make_unique<TestGround>(); }
     void cleanup() { ground.reset(); }
 
