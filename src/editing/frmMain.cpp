@@ -53,10 +53,10 @@ SkinLabel text(const char* name, QRect rect, double points = 9, bool bold = fals
     return {QString::fromLatin1(name), rect, LabelKind::Text, {}, points, bold, align};
 }
 
-// A fixed word in front of a measure.
+// A fixed word in front of a measure; its name ends in "Caption".
 SkinLabel caption(const char* words, QRect rect)
 {
-    return {QString(), rect, LabelKind::Text, QString::fromUtf8(words), 8, false, Qt::AlignLeft | Qt::AlignVCenter};
+    return {QString::fromUtf8(words) + QStringLiteral("Caption"), rect, LabelKind::Text, QString::fromUtf8(words), 8, false, Qt::AlignLeft | Qt::AlignVCenter};
 }
 
 SkinLabel spot(const char* name, QRect rect, LabelKind kind = LabelKind::HotSpot, const char* caption = "")
@@ -86,6 +86,9 @@ SkinWindowDesc mainFace(bool recordMode)
         button("cmdSend", "Send", tw(370, 178, 68, 34), ButtonLook::Primary),
     };
     if (recordMode) {
+        d.heading = QStringLiteral("Record a sound");
+        d.body = QStringLiteral("Press Start, then play your sound into the microphone or line in. Press Stop when it is done.");
+        d.bodyRect = tw(16, 76, 276, 60);
         d.buttons << button("imgStartRecording", "Start", tw(300, 96, 64, 34), ButtonLook::Primary)
                   << button("imgStopRecording", "Stop", tw(370, 96, 64, 34));
     }
@@ -119,17 +122,17 @@ void frmMain::buildControls()
         text("lblUsingTunnel", tw(226, 80, 80, 16), 8),
         spot("lblFreeQuills", tw(310, 80, 96, 16), LabelKind::Link, "Free quills:"),
         text("lblFreeQuillCount", tw(406, 80, 30, 16), 9.5, true),
-        caption("Song", tw(16, 158, 28, 16)),
-        text("lblSongLength", tw(44, 158, 52, 16), 9),
-        caption("Tone", tw(98, 158, 28, 16)),
-        text("lblToneLength", tw(126, 158, 46, 16), 9),
-        caption("Size", tw(174, 158, 26, 16)),
-        text("lblToneSize", tw(200, 158, 44, 16), 9),
-        caption("At", tw(248, 158, 18, 16)),
-        text("lblCurrentPosition", tw(266, 158, 54, 16), 9),
-        spot("imgZoom", tw(320, 158, 36, 16), LabelKind::Link, "Zoom"),
-        spot("lblVolumeDown", tw(358, 158, 14, 16), LabelKind::HotSpot, "\u2013"),
-        spot("lblVolumeUp", tw(424, 158, 14, 16), LabelKind::HotSpot, "+"),
+        caption("Song", tw(16, 158, 30, 16)),
+        text("lblSongLength", tw(48, 158, 50, 16), 9),
+        caption("Tone", tw(100, 158, 30, 16)),
+        text("lblToneLength", tw(132, 158, 44, 16), 9),
+        caption("Size", tw(178, 158, 26, 16)),
+        text("lblToneSize", tw(206, 158, 42, 16), 9),
+        caption("At", tw(250, 158, 18, 16)),
+        text("lblCurrentPosition", tw(270, 158, 52, 16), 9),
+        spot("imgZoom", tw(324, 158, 36, 16), LabelKind::Link, "Zoom"),
+        spot("lblVolumeDown", tw(364, 158, 10, 16), LabelKind::HotSpot, "\u2013"),
+        spot("lblVolumeUp", tw(426, 158, 12, 16), LabelKind::HotSpot, "+"),
         spot("cmdSignOut", tw(300, 34, 66, 18), LabelKind::Link, "Sign out"),
         spot("lblSettings", tw(16, 214, 40, 10)),
         spot("lblAbout", tw(60, 214, 40, 10)),
@@ -162,15 +165,15 @@ void frmMain::buildControls()
 
     NCTSliderB21 = new NCTSliderB2(this);
     NCTSliderB21->setObjectName(QStringLiteral("NCTSliderB21"));
-    NCTSliderB21->setGeometry(tw(372, 158, 50, 16));
+    NCTSliderB21->setGeometry(tw(376, 158, 46, 16));
 
     ampbarLeft = new NCTAmpBar2(this);
     ampbarLeft->setObjectName(QStringLiteral("ampbarLeft"));
     ampbarRight = new NCTAmpBar2(this);
     ampbarRight->setObjectName(QStringLiteral("ampbarRight"));
-    const int barWidth = TwipsToPixelsX(270 * 15);
-    ampbarLeft->setGeometry(TwipsToPixelsX(285), TwipsToPixelsY(2100), barWidth, TwipsToPixelsY(255));
-    ampbarRight->setGeometry(TwipsToPixelsX(285), TwipsToPixelsY(2450), barWidth, TwipsToPixelsY(255));
+    const int barWidth = TwipsToPixelsX(265 * 15);
+    ampbarLeft->setGeometry(TwipsToPixelsX(285), TwipsToPixelsY(2100), barWidth, TwipsToPixelsY(180));
+    ampbarRight->setGeometry(TwipsToPixelsX(285), TwipsToPixelsY(2450), barWidth, TwipsToPixelsY(180));
 
     auto* loading = new QLabel(this);
     loading->setObjectName(QStringLiteral("imgLoading"));
@@ -284,6 +287,11 @@ void frmMain::ApplyWindowMode()
     SetFace(rec ? mRecordFace : mNormalFace);
     for (const char* name : {"lblSoundFile", "lblToneSize", "lblCurrentPosition", "lblToneLength", "imgZoom"})
         label(name)->setVisible(!rec);
+    for (const char* name : {"SongCaption", "ToneCaption", "SizeCaption", "AtCaption"})
+        label(name)->setVisible(!rec);
+    // The take's running time stands under the record buttons.
+    label("lblSongLength")->setGeometry(rec ? tw(300, 136, 134, 16) : tw(48, 158, 50, 16));
+    label("lblSongLength")->setAlignment(rec ? Qt::AlignCenter : Qt::AlignLeft | Qt::AlignVCenter);
     ampbarLeft->setVisible(rec);
     ampbarRight->setVisible(rec);
     AudioEditor21->setVisible(!rec);

@@ -433,7 +433,9 @@ QPixmap PaintButton(const SkinButton& button, ButtonState state)
     }
 
     const QRectF text = shape.translated(0, down ? 1 : 0);
-    QFont font = Font(11, true);
+    // The caption follows the button's height: 11 points on a standard
+    // button, smaller on the compact ones of a crowded window.
+    QFont font = Font(std::clamp(shape.height() * 0.34, 8.0, 11.0), true);
     p.setFont(font);
     if (primary) {
         p.setPen(QColor(0x9A, 0x2A, 0x30, 110));

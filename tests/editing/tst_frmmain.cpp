@@ -11,6 +11,7 @@
 #include "skin/ControlTag.h"
 #include "support/DialogAnswerer.h"
 #include "support/PulseServer.h"
+#include "support/QuietOffscreen.h"
 #include "support/SoundFiles.h"
 #include "support/TestGround.h"
 
@@ -49,6 +50,7 @@ class tst_frmMain : public QObject {
 private slots:
     void initTestCase()
     {
+        QuietOffscreenPlugin();
         pulse = std::make_unique<PulseServer>();
         QVERIFY2(pulse->Started(), qPrintable(pulse->Error()));
     }

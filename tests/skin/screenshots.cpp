@@ -4,10 +4,13 @@
 #include "core/frmIntro.h"
 #include "core/globals.h"
 #include "core/modCommon.h"
+#include "editing/frmMain.h"
+#include "platform/AudioEditor2.h"
 #include "skin/CDialog.h"
 #include "skin/CPictureButton.h"
 #include "skin/frmGenericOKDialog.h"
 #include "skin/frmMessage.h"
+#include "support/SoundFiles.h"
 #include "support/TestGround.h"
 
 #include <QApplication>
@@ -118,6 +121,27 @@ int main(int argc, char** argv)
         save(&sample, QStringLiteral("skin-sample"));
         sample.Label(QStringLiteral("imgTalkingToServer"))->show();
         save(&sample, QStringLiteral("skin-sample-busy"));
+    }
+    {
+        // The main window with a song loaded and a part marked, then in record mode.
+        gintFreeQuills = 3;
+        frmMain& main = MainForm();
+        main.Load();
+        main.show();
+        save(&main, QStringLiteral("frmMain-empty"));
+        main.LoadSoundFile(MakeTone(ground.tempFolder() + QStringLiteral("/Summer Song.mp3"), 95.0, 330));
+        main.AudioEditor21->SetShowSelection(true);
+        main.AudioEditor21->SetSelectionStart(44100 * 31);
+        main.AudioEditor21->SetSelectionEnd(44100 * 51);
+        main.AudioEditor21->SetPlayPosition(44100 * 36);
+        save(&main, QStringLiteral("frmMain"));
+        main.Button(QStringLiteral("cmdSend"))->ShowOver();
+        save(&main, QStringLiteral("frmMain-hover"));
+        main.Button(QStringLiteral("cmdSend"))->ShowRest();
+        main.mbRecordMode = true;
+        main.ApplyWindowMode();
+        save(&main, QStringLiteral("frmMain-record"));
+        DropMainForm();
     }
     {
         CDialog notice;
