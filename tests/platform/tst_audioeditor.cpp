@@ -349,6 +349,24 @@ private slots:
         if (qEnvironmentVariableIsSet("QUILLOTONE_SHOTS"))
             shot.save(qEnvironmentVariable("QUILLOTONE_SHOTS") + "/editor.png");
     }
+
+    // Last: it takes the sound server's devices away for the rest of the run.
+    void play_deviceVanishingEndsPlayback()
+    {
+        AudioEditor2 editor;
+        editor.OpenFile(MakeTone(scratch("long.wav"), 30.0, 440, 8000, 1));
+        QSignalSpy position(&editor, &AudioEditor2::OnEditorPositionChanged);
+        editor.Play(1);
+        QVERIFY(position.wait(5000));
+        QVERIFY(pulse->UnplugDevices());
+        QTRY_VERIFY_WITH_TIMEOUT(!editor.IsPlaying(), 10000);
+        QVERIFY(editor.PlayPosition() < 8000 * 10);
+        // Saving still works without a sound device.
+        editor.SetSelectionStart(0);
+        editor.SetSelectionEnd(8000);
+        editor.SaveToFile(scratch("after.mp3"), true, 2);
+        QCOMPARE(Probe(scratch("after.mp3")).codec, QString("mp3"));
+    }
 };
 
 QTEST_MAIN(tst_AudioEditor)
