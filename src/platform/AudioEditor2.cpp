@@ -48,6 +48,10 @@ void AudioEditor2::OpenFile(const QString& path)
     emit OnEditorProgress(0);
     mSource->Open(path);
     mPeaks.Reset(mSource->Channels());
+    // The header's length is a guess, and may be a lie: a few percent over
+    // it saves a doubling, and no more than the editor can hold is asked for.
+    mPeaks.Reserve(static_cast<int64_t>(
+        std::clamp(mSource->DurationSeconds() * 1.02 * mSource->SampleRate(), 0.0, double(INT32_MAX))));
     std::vector<int16_t> chunk(static_cast<size_t>(kChunkFrames) * mSource->Channels());
     int percent = 0;
     try {

@@ -139,6 +139,62 @@ private slots:
         QVERIFY(qAbs(editor.TotalSamples() - 2 * 44100) < 2 * 1152);
     }
 
+    void openFile_waveHeaderClaimsFourGigabytes()
+    {
+        const QString path = MakeTone(scratch("liar.wav"), 2.0, 440, 44100, 2);
+        QFile f(path);
+        QVERIFY(f.open(QIODevice::ReadWrite));
+        const QByteArray huge("\xf0\xff\xff\xff", 4);
+        QVERIFY(f.seek(4) && f.write(huge) == 4);
+        QVERIFY(f.seek(0));
+        const qint64 data = f.readAll().indexOf("data");
+        QVERIFY(data > 0 && f.seek(data + 4) && f.write(huge) == 4);
+        f.close();
+        AudioEditor2 editor;
+        QCOMPARE(openError(editor, path), QString());
+        QCOMPARE(editor.TotalSamples(), 2 * 44100);
+    }
+
+    void peaks_matchTheSamplesAtEveryLevel_data()
+    {
+        QTest::addColumn<qint64>("from");
+        QTest::addColumn<qint64>("to");
+        QTest::addRow("one block") << qint64(64) << qint64(128);
+        QTest::addRow("a pixel at level 1") << qint64(1024) << qint64(3072);
+        QTest::addRow("a pixel at level 2") << qint64(16384) << qint64(16384 * 3);
+        QTest::addRow("the whole") << qint64(0) << qint64(300000);
+        QTest::addRow("past the end") << qint64(299000) << qint64(400000);
+    }
+    void peaks_matchTheSamplesAtEveryLevel()
+    {
+        QFETCH(qint64, from);
+        QFETCH(qint64, to);
+        // A ramp that grows with the frame number and flips its sign in every
+        // other block of 64: each block's extremes are its own.
+        std::vector<int16_t> frames(300000 * 2);
+        for (int i = 0; i < 300000; ++i) {
+            const int v = (i / 10) % 30000 * ((i / 64) % 2 ? -1 : 1);
+            frames[2 * i] = static_cast<int16_t>(v);
+            frames[2 * i + 1] = static_cast<int16_t>(-v / 2);
+        }
+        PeakSummary peaks;
+        peaks.Reset(2);
+        for (int at = 0; at < 300000; at += 1000)
+            peaks.Add(frames.data() + 2 * at, 1000);
+        peaks.Finish();
+        QCOMPARE(peaks.Frames(), qint64(300000));
+        for (int c = 0; c < 2; ++c) {
+            int low = INT16_MAX, high = INT16_MIN;
+            for (qint64 i = from; i < std::min<qint64>(to, 300000); ++i) {
+                low = std::min<int>(low, frames[2 * i + c]);
+                high = std::max<int>(high, frames[2 * i + c]);
+            }
+            const PeakSummary::Span span = peaks.Range(c, from, to);
+            QCOMPARE(int(span.low), low);
+            QCOMPARE(int(span.high), high);
+        }
+    }
+
     void openFile_missingFile()
     {
         AudioEditor2 editor;
