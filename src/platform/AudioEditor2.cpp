@@ -17,6 +17,24 @@ constexpr int kChunkFrames = 16384;
 constexpr int kRulerHeight = 14;
 constexpr int kDragPixels = 3;
 constexpr int kSaveMp3BitRate = 128000;
+
+// Marks the editor busy for one reading of its file; a second one meanwhile,
+// from a handler that pumped events, is refused.
+class BusyScope {
+public:
+    explicit BusyScope(bool& busy) : mBusy(busy)
+    {
+        if (mBusy)
+            throw CError(ErrNo::PathFileAccess, QStringLiteral("The editor is busy"), QStringLiteral("AudioEditor2"));
+        mBusy = true;
+    }
+    ~BusyScope() { mBusy = false; }
+    BusyScope(const BusyScope&) = delete;
+    BusyScope& operator=(const BusyScope&) = delete;
+
+private:
+    bool& mBusy;
+};
 }  // namespace
 
 AudioEditor2::AudioEditor2(QWidget* parent) : QWidget(parent), mSource(std::make_unique<AudioDecoder>())
@@ -37,6 +55,7 @@ void AudioEditor2::SetAppearance(const EditorAppearance& look)
 
 void AudioEditor2::OpenFile(const QString& path)
 {
+    const BusyScope busy(mBusy);
     Stop();
     mSource->Close();
     mPeaks.Reset(0);
@@ -82,17 +101,10 @@ void AudioEditor2::OpenFile(const QString& path)
 
 void AudioEditor2::Stop()
 {
-    if (!mPlayback)
-        return;
     mPlayback.reset();
-    mPrepared = false;
 }
 
-void AudioEditor2::PreparePlay()
-{
-    Stop();
-    mPrepared = true;
-}
+void AudioEditor2::PreparePlay() { Stop(); }
 
 bool AudioEditor2::IsPlaying() const { return mPlayback != nullptr; }
 
@@ -100,7 +112,7 @@ void AudioEditor2::Play(int /*mode*/)
 {
     // The marked part; with nothing marked, from the play cursor to the end.
     Stop();
-    if (!mSource->IsOpen())
+    if (!mSource->IsOpen() || mBusy)
         return;
     int64_t start = std::min(mSelStart, mSelEnd);
     int64_t end = std::max(mSelStart, mSelEnd);
@@ -130,7 +142,6 @@ void AudioEditor2::playbackEnded()
     if (mPlayback)
         playbackMoved(mPlayback->Frame());
     mPlayback.reset();
-    mPrepared = false;
 }
 
 void AudioEditor2::ZoomToRange(int32_t start, int32_t end)
@@ -155,6 +166,7 @@ void AudioEditor2::ZoomFull()
 
 void AudioEditor2::SaveToFile(const QString& path, bool selectionOnly, int fileFormat)
 {
+    const BusyScope busy(mBusy);
     if (!mSource->IsOpen())
         throw CError(ErrNo::PathFileAccess, QStringLiteral("No sound is loaded"), QStringLiteral("AudioEditor2"));
     EncoderTarget target;

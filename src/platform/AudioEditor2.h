@@ -103,7 +103,7 @@ private:
     int32_t mPlayPosition = 0;
     int32_t mVolume = 32000;
     bool mShowSelection = true;
-    bool mPrepared = false;
+    bool mBusy = false;  // inside OpenFile or SaveToFile, whose progress handlers pump events
     int32_t mAnchor = 0;
     int mPressX = -1;
     bool mDragging = false;

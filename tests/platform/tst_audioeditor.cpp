@@ -303,6 +303,30 @@ private slots:
         QVERIFY(!QFile::exists(out + ".part"));
     }
 
+    void saveToFile_handlersThatPumpCannotDisturbIt()
+    {
+        // The progress handler of the main window pumps events; a click on
+        // Play or Open arriving then must not move the file under the cut.
+        AudioEditor2 editor;
+        editor.OpenFile(MakeTone(scratch("busy.wav"), 6.0, 440, 44100, 2));
+        editor.SetSelectionStart(44100);
+        editor.SetSelectionEnd(44100 * 4);
+        QStringList refused;
+        connect(&editor, &AudioEditor2::OnEditorProgress, this, [&](int) {
+            editor.Play(1);
+            try {
+                editor.OpenFile(scratch("busy.wav"));
+            } catch (const CError& e) {
+                refused << e.Description();
+            }
+        });
+        editor.SaveToFile(scratch("busy.mp3"), true, 2);
+        QVERIFY(!editor.IsPlaying());
+        QVERIFY(!refused.isEmpty());
+        QCOMPARE(refused.first(), QString("The editor is busy"));
+        QVERIFY(qAbs(int(DecodeMono(scratch("busy.mp3"), 44100).size()) - 44100 * 3) <= 1152);
+    }
+
     void saveToFile_afterSourceDeleted()
     {
         // The editor keeps its file open, so a cut still works once the
