@@ -57,43 +57,33 @@ void AudioEditor2::OpenFile(const QString& path)
 {
     const BusyScope busy(mBusy);
     Stop();
-    mSource->Close();
-    mPeaks.Reset(0);
-    mRate = 0;
-    mSelStart = mSelEnd = mViewStart = mViewEnd = mPlayPosition = 0;
-    mPath.clear();
-    update();
-
+    // The new file is read beside the old one, which stays shown and
+    // playable when the new one turns out to be no sound.
+    auto source = std::make_unique<AudioDecoder>();
+    PeakSummary peaks;
     emit OnEditorProgress(0);
-    mSource->Open(path);
-    mPeaks.Reset(mSource->Channels());
+    source->Open(path);
+    peaks.Reset(source->Channels());
     // The header's length is a guess, and may be a lie: a few percent over
     // it saves a doubling, and no more than the editor can hold is asked for.
-    mPeaks.Reserve(static_cast<int64_t>(
-        std::clamp(mSource->DurationSeconds() * 1.02 * mSource->SampleRate(), 0.0, double(INT32_MAX))));
-    std::vector<int16_t> chunk(static_cast<size_t>(kChunkFrames) * mSource->Channels());
+    peaks.Reserve(static_cast<int64_t>(
+        std::clamp(source->DurationSeconds() * 1.02 * source->SampleRate(), 0.0, double(INT32_MAX))));
+    std::vector<int16_t> chunk(static_cast<size_t>(kChunkFrames) * source->Channels());
     int percent = 0;
-    try {
-        while (const int got = mSource->Read(chunk.data(), kChunkFrames)) {
-            mPeaks.Add(chunk.data(), got);
-            if (mSource->ProgressPercent() != percent) {
-                percent = mSource->ProgressPercent();
-                emit OnEditorProgress(percent);
-            }
+    while (const int got = source->Read(chunk.data(), kChunkFrames)) {
+        peaks.Add(chunk.data(), got);
+        if (source->ProgressPercent() != percent) {
+            percent = source->ProgressPercent();
+            emit OnEditorProgress(percent);
         }
-    } catch (...) {
-        mSource->Close();
-        mPeaks.Reset(0);
-        throw;
     }
-    mPeaks.Finish();
-    if (mPeaks.Frames() == 0 || mPeaks.Frames() > INT32_MAX) {
-        mSource->Close();
-        mPeaks.Reset(0);
+    peaks.Finish();
+    if (peaks.Frames() == 0 || peaks.Frames() > INT32_MAX)
         throw CError(ErrNo::PathFileAccess, QStringLiteral("Format is not supported."), QStringLiteral("AudioEditor2"));
-    }
-    mPath = path;
+    mSource = std::move(source);
+    mPeaks = std::move(peaks);
     mRate = mSource->SampleRate();
+    mSelStart = mSelEnd = mViewStart = mPlayPosition = 0;
     mViewEnd = TotalSamples();
     emit OnEditorProgress(100);
     update();

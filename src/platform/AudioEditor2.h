@@ -94,7 +94,6 @@ private:
     PeakSummary mPeaks;
     std::unique_ptr<AudioDecoder> mSource;  // kept open: play and save read the file again
     std::unique_ptr<EditorPlayback> mPlayback;
-    QString mPath;
     int mRate = 0;
     int32_t mSelStart = 0;
     int32_t mSelEnd = 0;

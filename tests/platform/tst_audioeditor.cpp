@@ -113,9 +113,15 @@ private slots:
         AudioEditor2 editor;
         QCOMPARE(openError(editor, path), error);
         QCOMPARE(editor.TotalSamples(), 0);
-        // Nothing to play or save, and no crash for trying.
+        // Nothing to play, and no crash for trying.
         editor.Play(1);
         QVERIFY(!editor.IsPlaying());
+        // A sound already in the editor stays there, whole.
+        editor.OpenFile(MakeTone(scratch("good.wav"), 1.0, 440, 8000, 1));
+        editor.SetSelectionStart(100);
+        QCOMPARE(openError(editor, path), error);
+        QCOMPARE(editor.TotalSamples(), 8000);
+        QCOMPARE(editor.SelectionStart(), 100);
     }
 
     void openFile_damagedButAudible_data()
