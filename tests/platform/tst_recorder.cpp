@@ -92,6 +92,37 @@ private slots:
         QCOMPARE(qint64(QFile(scratch("take.wav")).size()), qint64(44 + probed.seconds * 44100 * 4 + 0.5));
     }
 
+    void arrayPlay_smallBlocksFedOnRequestPlayThrough()
+    {
+        // CD playback feeds blocks of 26 sectors (about 0.35 s) on each
+        // request; the player must not run dry between them.
+        NCTAudioPlayer2 player;
+        player.SetFormat(44100, 2);
+        const QByteArray block(26 * 2352, '\x20');
+        int fed = 0;
+        auto feed = [&] {
+            if (fed < 12) {
+                ++fed;
+                player.LoadArray(block);
+            }
+        };
+        connect(&player, &NCTAudioPlayer2::RequestOnLoadArray, this, feed);
+        connect(&player, &NCTAudioPlayer2::EndArrayPlay, this, feed);
+        QSignalSpy ended(&player, &NCTAudioPlayer2::EndPlay);
+        QSignalSpy timer(&player, &NCTAudioPlayer2::Timer);
+        player.StartArrayPlay();
+        feed();
+        QVERIFY(ended.wait(15000));
+        QCOMPARE(fed, 12);
+        QCOMPARE(player.Status(), 0);
+        // All twelve blocks went out, about 4.2 s of sound; the last tick may
+        // come a little before the end.
+        QVERIFY(!timer.isEmpty());
+        QVERIFY2(timer.last().at(0).toLongLong() >= 12 * 26 * 588 * 8 / 10,
+                 qPrintable(QString::number(timer.last().at(0).toLongLong())));
+        player.Stop();
+    }
+
     void deviceVanishing_endsPlayAndTakeCleanly()
     {
         TakeRecorder take(scratch("cut.wav"));
