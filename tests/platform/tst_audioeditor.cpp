@@ -309,6 +309,19 @@ private slots:
         QVERIFY(!QFile::exists(out + ".part"));
     }
 
+    void saveToFile_rateMp3CannotHold()
+    {
+        AudioEditor2 editor;
+        editor.OpenFile(MakeTone(scratch("hi.wav"), 2.0, 440, 96000, 2));
+        editor.SetSelectionStart(0);
+        editor.SetSelectionEnd(96000);
+        editor.SaveToFile(scratch("hi.mp3"), true, 2);
+        const ProbedSound probed = Probe(scratch("hi.mp3"));
+        QCOMPARE(probed.codec, QString("mp3"));
+        QCOMPARE(probed.sampleRate, 48000);
+        QVERIFY(qAbs(int(DecodeMono(scratch("hi.mp3"), 48000).size()) - 48000) <= 1152);
+    }
+
     void saveToFile_handlersThatPumpCannotDisturbIt()
     {
         // The progress handler of the main window pumps events; a click on
