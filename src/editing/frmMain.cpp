@@ -10,6 +10,7 @@
 #include "core/frmTitle.h"
 #include "core/seams.h"
 #include "core/twips.h"
+#include "editing/CAudioPlayer.h"
 #include "editing/ToneMeasures.h"
 #include "platform/AudioEditor2.h"
 #include "platform/NCTAmpBar2.h"
@@ -208,6 +209,8 @@ void frmMain::Form_Load()
 
         NCTSliderB21->SetValue(32000);
         AudioEditor21->SetVolume(NCTSliderB21->Value());
+        mobjRecordAudioPlayer = std::make_unique<CAudioPlayer>();
+        connect(mobjRecordAudioPlayer.get(), &CAudioPlayer::Timer, this, &frmMain::mobjRecordAudioPlayer_Timer);
 
         connect(AudioEditor21, &AudioEditor2::OnEditorProgress, this, &frmMain::AudioEditor21_OnEditorProgress);
         connect(AudioEditor21, &AudioEditor2::OnEditorSelectionChanged, this,
@@ -531,6 +534,13 @@ void frmMain::tmrVolume_Timer()
 {
     if (mintVolumeDirection != 0)
         NCTSliderB21->SetValue(NCTSliderB21->Value() + 3000 * mintVolumeDirection);
+}
+
+void frmMain::mobjRecordAudioPlayer_Timer(double SecondsElapsed)
+{
+    const QString shown = PositionCaption(RoundToEven(SecondsElapsed), 0);
+    label("lblCurrentPosition")->setText(shown);
+    label("lblSongLength")->setText(shown);
 }
 
 void frmMain::CheckToneSize(const QString& path, bool& result)

@@ -9,6 +9,7 @@
 #include <memory>
 
 class AudioEditor2;
+class CAudioPlayer;
 class CClickLabel;
 class NCTAmpBar2;
 class NCTSliderB2;
@@ -44,6 +45,7 @@ public:
     bool mbRecording = false;
     float msngFileLength = 0;
     bool mbTrimmed = false;
+    std::unique_ptr<CAudioPlayer> mobjRecordAudioPlayer;  // here it is only ever stopped
 
     AudioEditor2* AudioEditor21 = nullptr;
     NCTSliderB2* NCTSliderB21 = nullptr;
@@ -69,6 +71,7 @@ private:
     void cmdSend_Released();
     void lblLastURL_DblClick();
     void tmrVolume_Timer();
+    void mobjRecordAudioPlayer_Timer(double SecondsElapsed);
 
     QImage mNormalFace;
     QImage mRecordFace;

@@ -95,7 +95,6 @@ private:
     PeakSummary mPeaks;
     std::unique_ptr<AudioDecoder> mSource;  // kept open: play and save read the file again
     std::unique_ptr<EditorPlayback> mPlayback;
-    QString mPath;
     int mRate = 0;
     int32_t mSelStart = 0;
     int32_t mSelEnd = 0;
@@ -104,8 +103,8 @@ private:
     int32_t mPlayPosition = 0;
     int32_t mVolume = 32000;
     bool mShowSelection = true;
-    bool mPrepared = false;
     bool mSelectionChangePosted = false;
+    bool mBusy = false;  // inside OpenFile or SaveToFile, whose progress handlers pump events
     int32_t mAnchor = 0;
     int mPressX = -1;
     bool mDragging = false;

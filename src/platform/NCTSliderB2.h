@@ -1,38 +1,29 @@
 #pragma once
-// The volume slider: a value held within its range, dragged with the mouse or
-// set in code. OnVolumeSliderMoved carries every new value, however it came.
-#include <QColor>
+// The volume slider: a value from 0 to 64000 (32000 in the middle) that the
+// user drags or code sets. Every change of the value, by hand or by code,
+// raises OnVolumeSliderMoved with the new value; the slider holds the value
+// within its range.
 #include <QWidget>
-#include <cstdint>
 
 class NCTSliderB2 : public QWidget {
     Q_OBJECT
 public:
-    static constexpr int32_t kMin = 0;
-    static constexpr int32_t kMax = 64000;  // 32000, the middle, leaves the volume as it is
+    static constexpr int kMinimum = 0;
+    static constexpr int kMaximum = 64000;
 
     explicit NCTSliderB2(QWidget* parent = nullptr);
-
-    int32_t Value() const { return mValue; }
-    // Values outside the range are held at its ends.
-    void SetValue(int32_t value);
-    void SetColours(const QColor& track, const QColor& fill, const QColor& knob);
+    int Value() const { return mValue; }
+    void SetValue(int value);
 
 signals:
-    void OnVolumeSliderMoved(int32_t value);
+    void OnVolumeSliderMoved(int value);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
-    void wheelEvent(QWheelEvent* event) override;
 
 private:
-    bool vertical() const { return height() > width(); }
-    int32_t valueAt(const QPointF& at) const;
-
-    int32_t mValue = 32000;
-    QColor mTrack{0xE4, 0xDD, 0xF8};
-    QColor mFill{0x7A, 0x5C, 0xE0};
-    QColor mKnob{0xFF, 0x8E, 0x6A};
+    int valueAt(int x) const;
+    int mValue = 32000;
 };

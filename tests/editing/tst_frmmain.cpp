@@ -2,6 +2,7 @@
 #include "core/modCommon.h"
 #include "core/seams.h"
 #include "core/twips.h"
+#include "editing/CAudioPlayer.h"
 #include "editing/frmMain.h"
 #include "platform/AudioEditor2.h"
 #include "platform/NCTAmpBar2.h"
@@ -222,6 +223,14 @@ private slots:
         QVERIFY(!form->mbPlaying);
     }
 
+    void recordPlayerTimeShowsInBothLabels()
+    {
+        QVERIFY(form->mobjRecordAudioPlayer);
+        emit form->mobjRecordAudioPlayer->Timer(75.0);
+        QCOMPARE(text("lblCurrentPosition"), QString("01m 15s"));
+        QCOMPARE(text("lblSongLength"), QString("01m 15s"));
+    }
+
     void statusToolTip_data()
     {
         QTest::addColumn<QString>("status");
@@ -258,7 +267,7 @@ private slots:
         QTest::mouseRelease(down, Qt::LeftButton);
         QCOMPARE(form->NCTSliderB21->Value(), 32000);
         form->NCTSliderB21->SetValue(1000000);
-        QCOMPARE(form->NCTSliderB21->Value(), NCTSliderB2::kMax);
+        QCOMPARE(form->NCTSliderB21->Value(), NCTSliderB2::kMaximum);
     }
 
     void windowModes()
