@@ -23,9 +23,11 @@ const bool fileToHex = RegisterBench("FileToHexString_500KB", [] {
 });
 
 const bool encode = RegisterBench("EncodeForUrl_100KB", [] {
-    // Song-report-like text: words, blanks, marks and an underscore now and then.
+    // A song report's kind of text: tag values and a file path, with blanks,
+    // marks to escape and an underscore (a pump) in every line.
     QString text;
-    const QString piece = QStringLiteral("Artist_Name: Song Title & Co <Live> = 100%? ");
+    const QString piece = QStringLiteral("Title=Song Title (Live) & Co&Artist=The Band&Album=Greatest: Vol. 2&"
+                                         "Path=/home/jo/Music/The Band/02 - song_title.mp3\r\n");
     while (text.size() < 100 * 1024)
         text += piece;
     text.truncate(100 * 1024);

@@ -1,12 +1,24 @@
-#include "core/modCommon.h"
-#include "core/modEncryption.h"
+#include "core/frmIntro.h"
+#include "core/modKillProcess.h"
+#include "core/modStartup.h"
+#include "core/seams.h"
 
 #include <QApplication>
+#include <QTimer>
+#include <algorithm>
 
 int main(int argc, char** argv)
 {
     QApplication app(argc, argv);
-    QApplication::setApplicationName(kAppName);
-    InitMachineKey();
-    return 0;
+    seams().killProcess = KillProcess;
+    QTimer::singleShot(0, &app, [] {
+        SubMain();
+        // A road that opened no window leaves nothing to wait for.
+        const QWidgetList windows = QApplication::topLevelWidgets();
+        if (std::none_of(windows.begin(), windows.end(), [](QWidget* w) { return w->isVisible(); }))
+            QCoreApplication::quit();
+    });
+    const int code = QApplication::exec();
+    DropStartupWindows();
+    return code;
 }

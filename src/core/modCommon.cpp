@@ -5,6 +5,7 @@
 #include "core/codepage.h"
 #include "core/globals.h"
 #include "core/modEncryption.h"
+#include "core/numbers.h"
 #include "core/seams.h"
 
 #include <QApplication>
@@ -89,11 +90,16 @@ QString LogFilePath()
     return ProgramFolderPath(QStringLiteral("qtlog.txt"));
 }
 
+QString DefaultDateTimeText(const QDateTime& when)
+{
+    return QLocale::system().toString(when, QLocale::ShortFormat);
+}
+
 void WriteLog(const QString& message)
 {
     if (GetAppSetting(QStringLiteral("Logging"), kSettings) != QLatin1String("1"))
         return;
-    const QString stamp = QLocale::system().toString(seams().now(), QLocale::ShortFormat);
+    const QString stamp = DefaultDateTimeText(seams().now());
     QFile log(LogFilePath());
     if (!log.open(QIODevice::WriteOnly | QIODevice::Append))
         throw CError(ErrNo::PathFileAccess, QStringLiteral("Path/File access error"), QStringLiteral("WriteLog"));
@@ -216,8 +222,7 @@ void placeCentredOn(QWidget* window, const QRectF& area)
 {
     const double left = area.left() + area.width() / 2 - window->width() / 2.0;
     const double top = area.top() + area.height() / 2 - window->height() / 2.0;
-    // Ties go to the even neighbour, as every whole-number conversion here does.
-    window->move(static_cast<int>(std::nearbyint(left)), static_cast<int>(std::nearbyint(top)));
+    window->move(RoundToEven(left), RoundToEven(top));
 }
 }  // namespace
 
@@ -261,12 +266,12 @@ QString FileToHexString(const QString& path)
     if (file.error() != QFileDevice::NoError)
         throw CError(ErrNo::PathFileAccess, QStringLiteral("Path/File access error"), QStringLiteral("FileToHexString"));
 
-    QString hex;
-    hex.reserve(bytes.size() * 2);
+    QString hex(bytes.size() * 2, Qt::Uninitialized);
+    QChar* out = hex.data();
     for (qsizetype i = 0; i < bytes.size(); ++i) {
         const auto b = static_cast<unsigned char>(bytes[i]);
-        hex += QLatin1Char(digits[b >> 4]);
-        hex += QLatin1Char(digits[b & 0xF]);
+        *out++ = QLatin1Char(digits[b >> 4]);
+        *out++ = QLatin1Char(digits[b & 0xF]);
         if ((i + 1) % 1000 == 0)
             pumpEvents();
     }

@@ -4,6 +4,7 @@
 // folder, the busy state and placement of windows, file-to-hexadecimal
 // conversion and unique names.
 #include <QColor>
+#include <QDateTime>
 #include <QString>
 #include <QUuid>
 #include <cstdint>
@@ -20,6 +21,9 @@ QString GetAppSetting(const QString& key, const QString& section);
 void SaveAppSetting(const QString& key, const QString& value, const QString& section);
 void DeleteAppSetting(const QString& key, const QString& section);
 QString SettingsFilePath();
+
+// A date and time in the system's default short text form (log lines, records).
+QString DefaultDateTimeText(const QDateTime& when);
 
 // One log line, if "Logging" is "1" at the time of the call.
 void WriteLog(const QString& message);

@@ -109,7 +109,7 @@ private slots:
         SaveAppSetting("Logging", logging, kSettings);
         WriteLog("Started Quillo Tone");
         WriteLog(QString::fromUtf8("café"));
-        const QString stamp = QLocale::system().toString(seams().now(), QLocale::ShortFormat);
+        const QString stamp = DefaultDateTimeText(seams().now());
         const QString expected = stamp + ": Started Quillo Tone\n" + stamp + QString::fromUtf8(": café\n");
         QCOMPARE(readLog(), written ? expected : QString());
         if (written) {  // appended, and in the single-byte code page

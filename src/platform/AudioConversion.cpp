@@ -1,0 +1,121 @@
+#include "platform/AudioConversion.h"
+
+#include "core/CError.h"
+#include "platform/SampleShaper.h"
+
+#include <QFileInfo>
+
+namespace {
+constexpr int kChunkFrames = 8192;
+constexpr int kNarrowbandTop = 12200;
+
+CError streamError(const QString& text) { return CError(ErrNo::PathFileAccess, text, QStringLiteral("AudioFileStream")); }
+}  // namespace
+
+AudioFileStream::AudioFileStream() = default;
+AudioFileStream::~AudioFileStream() = default;
+
+void AudioFileStream::Open(const QString& path, int, int) { mSource.Open(path); }
+
+void AudioFileStream::Close()
+{
+    if (mWriting) {
+        mWriting = false;
+        mTarget.Finish();
+    }
+    mSource.Close();
+}
+
+void AudioFileStream::Create(const QString& path, int)
+{
+    if (!mOutput)
+        throw streamError(QStringLiteral("No output format was set"));
+    if (!QFileInfo(QFileInfo(path).absolutePath()).isDir())
+        throw CError(ErrNo::PathNotFound, QStringLiteral("Path not found"), QStringLiteral("AudioFileStream"));
+    mTargetPath = path;
+}
+
+void AudioFileStream::SetInputFormat(int sampleRate, int channels)
+{
+    if (mTargetPath.isEmpty())
+        throw streamError(QStringLiteral("No output file was created"));
+    mTarget.Create(mTargetPath, *mOutput, sampleRate, channels);
+    mInputChannels = channels;
+    mWriting = true;
+}
+
+void AudioFileStream::WriteSamples(const std::vector<int16_t>& samples)
+{
+    if (!mWriting)
+        throw streamError(QStringLiteral("The output file is not open"));
+    mTarget.Write(samples.data(), static_cast<int>(samples.size() / mInputChannels));
+}
+
+void AudioFileStream::ReadSamples(int count, std::vector<int16_t>& samples)
+{
+    const int channels = std::max(1, mSource.Channels());
+    samples.resize(static_cast<size_t>(std::max(count / channels, 0)) * channels);
+    const int got = mSource.Read(samples.data(), count / channels);
+    samples.resize(static_cast<size_t>(got) * channels);
+}
+
+void AudioFileStream::SetWaveOutput(int sampleRate, int channels, int bitsPerSample)
+{
+    if (bitsPerSample != 16)
+        throw streamError(QStringLiteral("Only 16 bits per sample can be written"));
+    mOutput = EncoderTarget{EncoderTarget::Wave, sampleRate, channels, 0};
+}
+
+void AudioFileStream::SetMp3Output(int sampleRate, int kbitPerSecond, int channels)
+{
+    mOutput = EncoderTarget{EncoderTarget::Mp3, sampleRate, channels, kbitPerSecond * 1000};
+}
+
+int AudioFileStream::Channels() const { return mSource.Channels(); }
+int AudioFileStream::SampleRate() const { return mSource.SampleRate(); }
+
+AudioFileConverter::AudioFileConverter() : mJob(*this) {}
+
+void AudioFileConverter::Open(const QString& path)
+{
+    AudioDecoder probe;
+    probe.Open(path);  // a missing or unreadable source fails here, before anything is written
+    mSource = path;
+}
+
+float AudioFileConverter::DurationSeconds()
+{
+    AudioDecoder decoder;
+    decoder.Open(mSource);
+    std::vector<int16_t> chunk(static_cast<size_t>(kChunkFrames) * decoder.Channels());
+    int64_t frames = 0;
+    while (const int got = decoder.Read(chunk.data(), kChunkFrames))
+        frames += got;
+    return decoder.SampleRate() > 0 ? static_cast<float>(static_cast<double>(frames) / decoder.SampleRate()) : 0.0f;
+}
+
+void ConversionJob::Run(const AmrEncoderSettings& settings)
+{
+    if (mTarget.isEmpty())
+        throw CError(ErrNo::PathFileAccess, QStringLiteral("No target file was named"), QStringLiteral("ConversionJob"));
+    if (settings.BitsPerSample != 16)
+        throw CError(ErrNo::PathFileAccess, QStringLiteral("AMR takes 16 bits per sample"),
+                     QStringLiteral("ConversionJob"));
+    const bool wide = settings.BitRate > kNarrowbandTop;
+    const EncoderTarget target{wide ? EncoderTarget::AmrWideband : EncoderTarget::AmrNarrowband, wide ? 16000 : 8000,
+                               settings.Channels, settings.BitRate};
+    AudioDecoder source;
+    source.Open(mOwner.mSource);
+    const int channels = source.Channels();
+    SampleShaper shaper(source.SampleRate(), channels, mFades ? mFadeIn : 0.0, mFades ? mFadeOut : 0.0, mBoost);
+    AudioEncoder encoder;
+    encoder.Create(mTarget, target, source.SampleRate(), channels);
+    std::vector<int16_t> chunk(static_cast<size_t>(kChunkFrames) * channels);
+    while (const int got = source.Read(chunk.data(), kChunkFrames)) {
+        const std::vector<int16_t> ready = shaper.Push(chunk.data(), got);
+        encoder.Write(ready.data(), static_cast<int>(ready.size() / channels));
+    }
+    const std::vector<int16_t> tail = shaper.Flush();
+    encoder.Write(tail.data(), static_cast<int>(tail.size() / channels));
+    encoder.Finish();
+}

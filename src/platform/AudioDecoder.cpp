@@ -1,0 +1,281 @@
+#include "platform/AudioDecoder.h"
+
+#include "core/CError.h"
+#include "platform/AvError.h"
+
+#include <QFileInfo>
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavformat/avformat.h>
+#include <libavutil/opt.h>
+#include <libswresample/swresample.h>
+}
+
+namespace {
+const QString kNotSupported = QStringLiteral("Format is not supported.");
+constexpr int kMaxChannels = 2;
+// Undecodable packets in a row after which the rest of the file counts as gone.
+constexpr int kMaxBadPackets = 200;
+}  // namespace
+
+struct AudioDecoder::Impl {
+    AVFormatContext* format = nullptr;
+    AVCodecContext* codec = nullptr;
+    SwrContext* swr = nullptr;
+    AVPacket* packet = nullptr;
+    AVFrame* frame = nullptr;
+    int stream = -1;
+    int rate = 0;
+    int channels = 0;
+    int64_t fileBytes = 0;
+    int64_t bytesRead = 0;
+
+    std::vector<int16_t> pending;  // converted frames not yet handed out
+    size_t pendingAt = 0;          // in values
+    int64_t position = 0;          // frame of the next value handed out
+    int64_t basePts = AV_NOPTS_VALUE;  // timestamp of frame 0
+    int64_t firstPacketPts = AV_NOPTS_VALUE;
+    int64_t firstPacketDuration = 0;
+    int64_t seekTarget = -1;       // after a seek: frames before it are dropped
+    bool fromStart = true;         // decoding began at the file's start: count, do not trust timestamps
+    bool demuxDone = false;
+    bool decodeDone = false;
+    int badPackets = 0;
+
+    ~Impl() { close(); }
+
+    void close()
+    {
+        swr_free(&swr);
+        avcodec_free_context(&codec);
+        avformat_close_input(&format);
+        av_packet_free(&packet);
+        av_frame_free(&frame);
+        stream = -1;
+        pending.clear();
+        pendingAt = 0;
+    }
+
+    int64_t framesOfPts(int64_t pts) const
+    {
+        return av_rescale_q(pts - basePts, format->streams[stream]->time_base, AVRational{1, rate});
+    }
+
+    // Sends the next packet of our stream to the decoder; false when none is left.
+    void feed()
+    {
+        while (!demuxDone) {
+            const int got = av_read_frame(format, packet);
+            if (got < 0) {
+                demuxDone = true;  // the end, or a file cut short: both end the sound here
+                avcodec_send_packet(codec, nullptr);
+                return;
+            }
+            if (packet->pos > 0)
+                bytesRead = std::max(bytesRead, packet->pos);
+            if (packet->stream_index != stream) {
+                av_packet_unref(packet);
+                continue;
+            }
+            if (firstPacketPts == AV_NOPTS_VALUE) {
+                firstPacketPts = packet->pts;
+                firstPacketDuration = packet->duration;
+            }
+            const int sent = avcodec_send_packet(codec, packet);
+            av_packet_unref(packet);
+            if (sent < 0 && sent != AVERROR(EAGAIN)) {
+                if (++badPackets > kMaxBadPackets)
+                    throw CError(ErrNo::PathFileAccess, kNotSupported, QStringLiteral("AudioDecoder"));
+                continue;  // a damaged frame is skipped, as players do
+            }
+            badPackets = 0;
+            return;
+        }
+    }
+
+    // Converts one decoded frame into pending; false at the very end.
+    bool decodeMore()
+    {
+        while (!decodeDone) {
+            const int got = avcodec_receive_frame(codec, frame);
+            if (got == AVERROR(EAGAIN)) {
+                feed();
+                continue;
+            }
+            if (got == AVERROR_EOF) {
+                decodeDone = true;
+                break;
+            }
+            if (got < 0) {
+                if (++badPackets > kMaxBadPackets)
+                    throw CError(ErrNo::PathFileAccess, kNotSupported, QStringLiteral("AudioDecoder"));
+                continue;
+            }
+            convert();
+            return true;
+        }
+        return false;
+    }
+
+    void convert()
+    {
+        const int64_t pts = frame->best_effort_timestamp;
+        if (basePts == AV_NOPTS_VALUE && pts != AV_NOPTS_VALUE) {
+            basePts = pts;
+            // The decoder drops the encoder's delay from the first frame; when
+            // it could not move that frame's timestamp, we do, so that the
+            // timestamps after a seek count from the first audible sample too.
+            const AVRational tb = format->streams[stream]->time_base;
+            const int64_t whole = av_rescale_q(firstPacketDuration, tb, AVRational{1, rate});
+            if (pts == firstPacketPts && whole > frame->nb_samples)
+                basePts += av_rescale_q(whole - frame->nb_samples, AVRational{1, rate}, tb);
+        }
+        if (seekTarget >= 0 && !fromStart && pts != AV_NOPTS_VALUE)
+            position = framesOfPts(pts);
+        const int capacity = swr_get_out_samples(swr, frame->nb_samples);
+        pending.resize(static_cast<size_t>(std::max(capacity, 0)) * channels);
+        uint8_t* out = reinterpret_cast<uint8_t*>(pending.data());
+        const int made = swr_convert(swr, &out, capacity, const_cast<const uint8_t**>(frame->extended_data),
+                                     frame->nb_samples);
+        av_frame_unref(frame);
+        pending.resize(static_cast<size_t>(std::max(made, 0)) * channels);
+        pendingAt = 0;
+        if (seekTarget >= 0) {
+            const int64_t drop = std::clamp<int64_t>(seekTarget - position, 0, std::max(made, 0));
+            pendingAt = static_cast<size_t>(drop) * channels;
+            position += drop;
+            if (pendingAt < pending.size())
+                seekTarget = -1;
+        }
+    }
+};
+
+AudioDecoder::AudioDecoder() : d(std::make_unique<Impl>())
+{
+    // FFmpeg's notes about damaged frames go nowhere a user looks; errors reach
+    // callers as CError.
+    av_log_set_level(AV_LOG_FATAL);
+}
+AudioDecoder::~AudioDecoder() = default;
+
+void AudioDecoder::Open(const QString& path)
+{
+    Close();
+    const QFileInfo info(path);
+    if (!info.isFile())
+        throw CError(ErrNo::FileNotFound, QStringLiteral("File not found"), QStringLiteral("AudioDecoder"));
+    d->fileBytes = info.size();
+    d->bytesRead = 0;
+    const QByteArray local = QFile::encodeName(path);
+    try {
+        if (avformat_open_input(&d->format, local.constData(), nullptr, nullptr) < 0 ||
+            avformat_find_stream_info(d->format, nullptr) < 0)
+            throw CError(ErrNo::PathFileAccess, kNotSupported, QStringLiteral("AudioDecoder"));
+        const AVCodec* decoder = nullptr;
+        d->stream = av_find_best_stream(d->format, AVMEDIA_TYPE_AUDIO, -1, -1, &decoder, 0);
+        if (d->stream < 0 || !decoder)
+            throw CError(ErrNo::PathFileAccess, kNotSupported, QStringLiteral("AudioDecoder"));
+        AVStream* st = d->format->streams[d->stream];
+        d->codec = avcodec_alloc_context3(decoder);
+        if (!d->codec || avcodec_parameters_to_context(d->codec, st->codecpar) < 0 ||
+            avcodec_open2(d->codec, decoder, nullptr) < 0 || d->codec->sample_rate <= 0 ||
+            d->codec->ch_layout.nb_channels <= 0)
+            throw CError(ErrNo::PathFileAccess, kNotSupported, QStringLiteral("AudioDecoder"));
+        d->rate = d->codec->sample_rate;
+        d->channels = std::min(d->codec->ch_layout.nb_channels, kMaxChannels);
+        AVChannelLayout outLayout;
+        av_channel_layout_default(&outLayout, d->channels);
+        if (swr_alloc_set_opts2(&d->swr, &outLayout, AV_SAMPLE_FMT_S16, d->rate, &d->codec->ch_layout,
+                                d->codec->sample_fmt, d->rate, 0, nullptr) < 0 ||
+            swr_init(d->swr) < 0)
+            throw CError(ErrNo::PathFileAccess, kNotSupported, QStringLiteral("AudioDecoder"));
+        d->packet = av_packet_alloc();
+        d->frame = av_frame_alloc();
+        d->position = 0;
+        d->basePts = AV_NOPTS_VALUE;
+        d->firstPacketPts = AV_NOPTS_VALUE;
+        d->seekTarget = -1;
+        d->fromStart = true;
+        d->demuxDone = d->decodeDone = false;
+        d->badPackets = 0;
+    } catch (...) {
+        d->close();
+        throw;
+    }
+}
+
+void AudioDecoder::Close() { d->close(); }
+bool AudioDecoder::IsOpen() const { return d->stream >= 0; }
+int AudioDecoder::SampleRate() const { return d->rate; }
+int AudioDecoder::Channels() const { return d->channels; }
+int64_t AudioDecoder::Position() const { return d->seekTarget >= 0 ? d->seekTarget : d->position; }
+
+double AudioDecoder::DurationSeconds() const
+{
+    if (!IsOpen())
+        return 0;
+    const AVStream* st = d->format->streams[d->stream];
+    if (st->duration != AV_NOPTS_VALUE && st->duration > 0)
+        return static_cast<double>(st->duration) * av_q2d(st->time_base);
+    if (d->format->duration > 0)
+        return static_cast<double>(d->format->duration) / AV_TIME_BASE;
+    return 0;
+}
+
+int AudioDecoder::ProgressPercent() const
+{
+    if (!IsOpen() || d->fileBytes <= 0 || d->demuxDone)
+        return 100;
+    return static_cast<int>(std::clamp<int64_t>(d->bytesRead * 100 / d->fileBytes, 0, 99));
+}
+
+int AudioDecoder::Read(int16_t* out, int maxFrames)
+{
+    if (!IsOpen())
+        return 0;
+    int done = 0;
+    while (done < maxFrames) {
+        if (d->pendingAt >= d->pending.size() && !d->decodeMore())
+            break;
+        if (d->seekTarget >= 0)
+            continue;  // still before the frame asked for
+        const int have = static_cast<int>((d->pending.size() - d->pendingAt) / d->channels);
+        const int take = std::min(have, maxFrames - done);
+        std::memcpy(out + static_cast<ptrdiff_t>(done) * d->channels, d->pending.data() + d->pendingAt,
+                    sizeof(int16_t) * static_cast<size_t>(take) * d->channels);
+        d->pendingAt += static_cast<size_t>(take) * d->channels;
+        d->position += take;
+        done += take;
+    }
+    return done;
+}
+
+void AudioDecoder::Seek(int64_t frame)
+{
+    if (!IsOpen())
+        return;
+    frame = std::max<int64_t>(frame, 0);
+    AVStream* st = d->format->streams[d->stream];
+    const int64_t base = d->basePts == AV_NOPTS_VALUE ? 0 : d->basePts;
+    // Start a second early: an MP3 frame needs the frames before it to sound right.
+    const int64_t lead = std::max<int64_t>(0, frame - d->rate);
+    const int64_t ts = base + av_rescale_q(lead, AVRational{1, d->rate}, st->time_base);
+    if (av_seek_frame(d->format, d->stream, ts, AVSEEK_FLAG_BACKWARD) < 0)
+        AvCheck(av_seek_frame(d->format, d->stream, base, AVSEEK_FLAG_BACKWARD | AVSEEK_FLAG_ANY),
+                QStringLiteral("Seek"));
+    avcodec_flush_buffers(d->codec);
+    swr_close(d->swr);
+    swr_init(d->swr);
+    d->pending.clear();
+    d->pendingAt = 0;
+    d->demuxDone = d->decodeDone = false;
+    // From the start the decoder drops the encoder's delay again, exactly as
+    // when the file was opened; later on the frames' timestamps tell where we are.
+    d->seekTarget = frame;
+    d->fromStart = lead == 0;
+    d->position = lead;
+}

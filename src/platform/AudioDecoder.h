@@ -1,0 +1,37 @@
+#pragma once
+// Decodes any sound FFmpeg opens to interleaved signed 16-bit frames at the
+// file's own rate, with at most two channels. Positions count frames from the
+// first audible sample, so that what the editor shows, plays and cuts agree.
+#include <QString>
+#include <cstdint>
+#include <memory>
+
+class AudioDecoder {
+public:
+    AudioDecoder();
+    ~AudioDecoder();
+    AudioDecoder(const AudioDecoder&) = delete;
+    AudioDecoder& operator=(const AudioDecoder&) = delete;
+
+    // Throws CError: "Format is not supported." when the file holds no audio
+    // stream FFmpeg can decode; "File not found" for a missing file. A file
+    // whose stream holds no decodable frame opens and reads as empty.
+    void Open(const QString& path);
+    void Close();
+    bool IsOpen() const;
+
+    int SampleRate() const;
+    int Channels() const;
+    double DurationSeconds() const;  // from the container; 0 when unknown
+    int ProgressPercent() const;     // share of the file's bytes read so far
+
+    // Up to maxFrames frames into out (maxFrames * Channels() values); 0 at the end.
+    int Read(int16_t* out, int maxFrames);
+    // The next Read starts at this frame.
+    void Seek(int64_t frame);
+    int64_t Position() const;
+
+private:
+    struct Impl;
+    std::unique_ptr<Impl> d;
+};

@@ -1,0 +1,361 @@
+#include "platform/AudioEditor2.h"
+
+#include "core/CError.h"
+#include "platform/AudioDecoder.h"
+#include "platform/AudioEncoder.h"
+#include "platform/EditorPlayback.h"
+
+#include <QCoreApplication>
+#include <QMouseEvent>
+#include <QPainter>
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace {
+constexpr int kChunkFrames = 16384;
+constexpr int kRulerHeight = 14;
+constexpr int kDragPixels = 3;
+constexpr int kSaveMp3BitRate = 128000;
+}  // namespace
+
+AudioEditor2::AudioEditor2(QWidget* parent) : QWidget(parent), mSource(std::make_unique<AudioDecoder>())
+{
+    setObjectName(QStringLiteral("AudioEditor21"));
+    setMouseTracking(true);
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    setMinimumSize(120, 60);
+}
+
+AudioEditor2::~AudioEditor2() = default;
+
+void AudioEditor2::SetAppearance(const EditorAppearance& look)
+{
+    mLook = look;
+    update();
+}
+
+void AudioEditor2::OpenFile(const QString& path)
+{
+    Stop();
+    mSource->Close();
+    mPeaks.Reset(0);
+    mRate = 0;
+    mSelStart = mSelEnd = mViewStart = mViewEnd = mPlayPosition = 0;
+    mPath.clear();
+    update();
+
+    emit OnEditorProgress(0);
+    mSource->Open(path);
+    mPeaks.Reset(mSource->Channels());
+    std::vector<int16_t> chunk(static_cast<size_t>(kChunkFrames) * mSource->Channels());
+    int percent = 0;
+    try {
+        while (const int got = mSource->Read(chunk.data(), kChunkFrames)) {
+            mPeaks.Add(chunk.data(), got);
+            if (mSource->ProgressPercent() != percent) {
+                percent = mSource->ProgressPercent();
+                emit OnEditorProgress(percent);
+            }
+        }
+    } catch (...) {
+        mSource->Close();
+        mPeaks.Reset(0);
+        throw;
+    }
+    mPeaks.Finish();
+    if (mPeaks.Frames() == 0 || mPeaks.Frames() > INT32_MAX) {
+        mSource->Close();
+        mPeaks.Reset(0);
+        throw CError(ErrNo::PathFileAccess, QStringLiteral("Format is not supported."), QStringLiteral("AudioEditor2"));
+    }
+    mPath = path;
+    mRate = mSource->SampleRate();
+    mViewEnd = TotalSamples();
+    emit OnEditorProgress(100);
+    update();
+}
+
+void AudioEditor2::Stop()
+{
+    if (!mPlayback)
+        return;
+    mPlayback.reset();
+    mPrepared = false;
+}
+
+void AudioEditor2::PreparePlay()
+{
+    Stop();
+    mPrepared = true;
+}
+
+bool AudioEditor2::IsPlaying() const { return mPlayback != nullptr; }
+
+void AudioEditor2::Play(int /*mode*/)
+{
+    // The marked part; with nothing marked, from the play cursor to the end.
+    Stop();
+    if (!mSource->IsOpen())
+        return;
+    int64_t start = std::min(mSelStart, mSelEnd);
+    int64_t end = std::max(mSelStart, mSelEnd);
+    if (end <= start) {
+        start = mPlayPosition;
+        end = TotalSamples();
+    }
+    if (end <= start)
+        return;
+    mPlayback = std::make_unique<EditorPlayback>(*mSource, start, end, mVolume / 32000.0);
+    connect(mPlayback.get(), &EditorPlayback::Moved, this, &AudioEditor2::playbackMoved);
+    connect(mPlayback.get(), &EditorPlayback::Ended, this, &AudioEditor2::playbackEnded, Qt::QueuedConnection);
+    mPlayPosition = static_cast<int32_t>(start);
+    emit OnEditorPositionChanged();
+    update();
+}
+
+void AudioEditor2::playbackMoved(int64_t frame)
+{
+    mPlayPosition = clampSample(frame);
+    emit OnEditorPositionChanged();
+    update();
+}
+
+void AudioEditor2::playbackEnded()
+{
+    if (mPlayback)
+        playbackMoved(mPlayback->Frame());
+    mPlayback.reset();
+    mPrepared = false;
+}
+
+void AudioEditor2::ZoomToRange(int32_t start, int32_t end)
+{
+    start = clampSample(start);
+    end = clampSample(end);
+    if (end < start)
+        std::swap(start, end);
+    if (end == start)
+        return;
+    mViewStart = start;
+    mViewEnd = end;
+    update();
+}
+
+void AudioEditor2::ZoomFull()
+{
+    mViewStart = 0;
+    mViewEnd = TotalSamples();
+    update();
+}
+
+void AudioEditor2::SaveToFile(const QString& path, bool selectionOnly, int fileFormat)
+{
+    if (!mSource->IsOpen())
+        throw CError(ErrNo::PathFileAccess, QStringLiteral("No sound is loaded"), QStringLiteral("AudioEditor2"));
+    EncoderTarget target;
+    target.sampleRate = mRate;
+    target.channels = mSource->Channels();
+    if (fileFormat == FormatMp3) {
+        target.kind = EncoderTarget::Mp3;
+        target.bitRate = kSaveMp3BitRate;
+    } else if (fileFormat != FormatWave) {
+        throw CError(ErrNo::PathFileAccess, QStringLiteral("Format is not supported."), QStringLiteral("AudioEditor2"));
+    }
+    int64_t start = 0, end = TotalSamples();
+    if (selectionOnly && mSelStart != mSelEnd) {
+        start = std::min(mSelStart, mSelEnd);
+        end = std::max(mSelStart, mSelEnd);
+    }
+    Stop();
+    emit OnEditorProgress(0);
+    AudioEncoder encoder;
+    encoder.Create(path, target, mRate, mSource->Channels());
+    mSource->Seek(start);
+    std::vector<int16_t> chunk(static_cast<size_t>(kChunkFrames) * mSource->Channels());
+    int percent = 0;
+    for (int64_t at = start; at < end;) {
+        const int got = mSource->Read(chunk.data(), static_cast<int>(std::min<int64_t>(kChunkFrames, end - at)));
+        if (got == 0)
+            throw CError(ErrNo::PathFileAccess, QStringLiteral("The sound file can no longer be read"),
+                         QStringLiteral("AudioEditor2"));
+        encoder.Write(chunk.data(), got);
+        at += got;
+        const int now = static_cast<int>((at - start) * 100 / (end - start));
+        if (now != percent && now < 100)
+            emit OnEditorProgress(percent = now);
+    }
+    encoder.Finish();
+    emit OnEditorProgress(100);
+}
+
+void AudioEditor2::SetSelectionStart(int32_t sample)
+{
+    mSelStart = clampSample(sample);
+    emit OnEditorSelectionChanged();
+    update();
+}
+
+void AudioEditor2::SetSelectionEnd(int32_t sample)
+{
+    mSelEnd = clampSample(sample);
+    emit OnEditorSelectionChanged();
+    update();
+}
+
+void AudioEditor2::SetShowSelection(bool show)
+{
+    mShowSelection = show;
+    update();
+}
+
+void AudioEditor2::SetPlayPosition(int32_t sample)
+{
+    mPlayPosition = clampSample(sample);
+    emit OnEditorPositionSet();
+    update();
+}
+
+int32_t AudioEditor2::SamplesToMilliseconds(int32_t samples) const
+{
+    if (mRate <= 0)
+        return 0;
+    return static_cast<int32_t>(std::llround(static_cast<double>(samples) * 1000.0 / mRate));
+}
+
+void AudioEditor2::SetVolume(int32_t volume)
+{
+    mVolume = std::max(volume, 0);
+    if (mPlayback)
+        mPlayback->SetGain(mVolume / 32000.0);
+}
+
+int32_t AudioEditor2::clampSample(int64_t sample) const
+{
+    return static_cast<int32_t>(std::clamp<int64_t>(sample, 0, TotalSamples()));
+}
+
+int32_t AudioEditor2::sampleAt(int x) const
+{
+    const int w = std::max(width(), 1);
+    const int64_t span = static_cast<int64_t>(mViewEnd) - mViewStart;
+    return clampSample(mViewStart + span * std::clamp(x, 0, w) / w);
+}
+
+int AudioEditor2::xOf(int64_t sample) const
+{
+    const int64_t span = std::max<int64_t>(1, static_cast<int64_t>(mViewEnd) - mViewStart);
+    return static_cast<int>((sample - mViewStart) * width() / span);
+}
+
+void AudioEditor2::paintEvent(QPaintEvent*)
+{
+    QPainter p(this);
+    p.fillRect(rect(), mLook.background);
+    const QRect ruler(0, 0, width(), kRulerHeight);
+    const QRect wave(0, kRulerHeight, width(), height() - kRulerHeight);
+    drawRuler(p, ruler);
+    const int channels = mPeaks.Channels();
+    if (channels == 0 || mViewEnd <= mViewStart)
+        return;
+
+    const int32_t selLow = std::min(mSelStart, mSelEnd), selHigh = std::max(mSelStart, mSelEnd);
+    const bool marked = mShowSelection && selHigh > selLow;
+    if (marked) {
+        const int x0 = std::max(0, xOf(selLow)), x1 = std::min(width(), xOf(selHigh));
+        p.fillRect(QRect(x0, wave.top(), std::max(1, x1 - x0), wave.height()), mLook.selectedBackground);
+    }
+    const int w = width();
+    const int64_t span = static_cast<int64_t>(mViewEnd) - mViewStart;
+    const int lane = wave.height() / channels;
+    for (int c = 0; c < channels; ++c) {
+        const int mid = wave.top() + lane * c + lane / 2;
+        const double scale = (lane / 2 - 1) / 32768.0;
+        for (int x = 0; x < w; ++x) {
+            const int64_t from = mViewStart + span * x / w;
+            const int64_t to = std::max(from + 1, mViewStart + span * (x + 1) / w);
+            const PeakSummary::Span s = mPeaks.Range(c, from, to);
+            const bool inside = marked && from < selHigh && to > selLow;
+            p.setPen(inside ? mLook.selectedWave : mLook.wave);
+            p.drawLine(x, mid - static_cast<int>(s.high * scale), x, mid - static_cast<int>(s.low * scale));
+        }
+    }
+    if (marked) {
+        p.setPen(mLook.selectionMarks);
+        p.drawLine(xOf(selLow), wave.top(), xOf(selLow), wave.bottom());
+        p.drawLine(xOf(selHigh), wave.top(), xOf(selHigh), wave.bottom());
+    }
+    p.setPen(mLook.playCursor);
+    p.drawLine(xOf(mPlayPosition), wave.top(), xOf(mPlayPosition), wave.bottom());
+}
+
+void AudioEditor2::drawRuler(QPainter& p, const QRect& area) const
+{
+    p.setPen(mLook.ruler);
+    p.drawLine(area.bottomLeft(), area.bottomRight());
+    if (mRate <= 0 || mViewEnd <= mViewStart)
+        return;
+    QFont font(mLook.fontFamily);
+    font.setPixelSize(9);
+    p.setFont(font);
+    // A label step of 1, 2 or 5 times a power of ten seconds, about 70 pixels apart.
+    const double seconds = static_cast<double>(mViewEnd - mViewStart) / mRate;
+    const double wanted = seconds * 70.0 / std::max(width(), 1);
+    double step = std::pow(10.0, std::floor(std::log10(std::max(wanted, 1e-3))));
+    for (const double m : {1.0, 2.0, 5.0, 10.0}) {
+        if (step * m >= wanted) {
+            step *= m;
+            break;
+        }
+    }
+    const double first = std::ceil(static_cast<double>(mViewStart) / mRate / step) * step;
+    for (double t = first; t * mRate <= mViewEnd; t += step) {
+        const int x = xOf(static_cast<int64_t>(std::llround(t * mRate)));
+        p.drawLine(x, area.bottom() - 3, x, area.bottom());
+        const int whole = static_cast<int>(t);
+        const QString label = step >= 1.0 ? QStringLiteral("%1:%2").arg(whole / 60).arg(whole % 60, 2, 10, QChar('0'))
+                                          : QString::number(t, 'f', step >= 0.1 ? 1 : 2);
+        p.drawText(x + 2, area.bottom() - 3, label);
+    }
+}
+
+void AudioEditor2::mousePressEvent(QMouseEvent* event)
+{
+    if (event->button() != Qt::LeftButton || TotalSamples() == 0)
+        return;
+    mPressX = event->position().toPoint().x();
+    mAnchor = sampleAt(mPressX);
+    mDragging = false;
+}
+
+void AudioEditor2::mouseMoveEvent(QMouseEvent* event)
+{
+    emit OnEditorMouseMove();
+    if (!(event->buttons() & Qt::LeftButton) || mPressX < 0)
+        return;
+    const int x = event->position().toPoint().x();
+    if (!mDragging && std::abs(x - mPressX) < kDragPixels)
+        return;
+    mDragging = true;
+    const int32_t here = sampleAt(x);
+    mSelStart = std::min(mAnchor, here);
+    mSelEnd = std::max(mAnchor, here);
+    mShowSelection = true;
+    emit OnEditorSelectionChanged();
+    update();
+}
+
+void AudioEditor2::mouseReleaseEvent(QMouseEvent* event)
+{
+    if (event->button() != Qt::LeftButton || mPressX < 0)
+        return;
+    mPressX = -1;
+    if (mDragging)
+        return;
+    // A click places the play cursor and lets go of the marks.
+    if (mSelStart != 0 || mSelEnd != 0) {
+        mSelStart = mSelEnd = 0;
+        emit OnEditorSelectionChanged();
+    }
+    SetPlayPosition(mAnchor);
+}

@@ -1,0 +1,38 @@
+#pragma once
+// Minimum and maximum of every channel over blocks of 256 frames, and again
+// over blocks 16 times and 256 times as long, so that a drawing of any zoom
+// touches a few thousand values at most and never the samples.
+#include <array>
+#include <cstdint>
+#include <vector>
+
+class PeakSummary {
+public:
+    static constexpr int64_t kBlock = 256;
+    static constexpr int64_t kFactor = 16;
+    static constexpr int kLevels = 3;
+
+    struct Span {
+        int16_t low = 0;
+        int16_t high = 0;
+    };
+
+    void Reset(int channels);
+    void Add(const int16_t* frames, int count);
+    void Finish();  // closes the last partial blocks
+
+    int Channels() const { return mChannels; }
+    int64_t Frames() const { return mFrames; }
+    // Extremes of one channel over frames [from, to), to the nearest block
+    // of a level fine enough for a step of (to - from) frames.
+    Span Range(int channel, int64_t from, int64_t to) const;
+
+private:
+    void closeBlock(int level);
+
+    int mChannels = 0;
+    int64_t mFrames = 0;
+    std::array<std::vector<Span>, kLevels> mLevels;  // blocks, channel-interleaved
+    std::array<std::vector<Span>, kLevels> mOpen;    // the block being filled, per channel
+    std::array<int64_t, kLevels> mOpenCount{};       // frames (level 0) or blocks in it
+};

@@ -1,0 +1,61 @@
+#pragma once
+// Every message window with fixed wording is this one class, configured by
+// its row of the catalogue: buttons and the Tag each gives, the keys, where
+// it centres, and its wording painted into the face. A caller writes
+//   auto dlg = MessageWindow("frmConfirmExit");
+//   dlg->Load(); PrepareDialog(dlg.get()); dlg->Show(true);
+//   if (dlg->Tag == "Q") ...; dlg->Unload();
+// The window colour-keys and centres itself at load; a caller's PrepareDialog
+// comes to the same thing for the windows that centre on the main window.
+#include "skin/CSkinWindow.h"
+#include "skin/SkinDescription.h"
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+#include <memory>
+
+struct MessageButton {
+    QString name;     // imgOK, imgCancel, imgYes, imgNo, imgDelete
+    QString caption;
+    QString tag;      // what a release sets in Tag: "" or "Q"
+    ButtonLook look = ButtonLook::Primary;
+};
+
+struct MessageWindowSpec {
+    QString name;
+    QString heading;
+    QString body;
+    QList<MessageButton> buttons;
+    QString enterButton;          // the button Enter releases; empty: Enter does nothing
+    QString escapeButton;         // likewise for Esc
+    bool centredOnScreen = false; // else on the main window
+    bool clickUnloads = false;    // a click on the body unloads the window
+    QSize size{400, 230};
+    QList<SkinLabel> labels;
+    QList<SkinTextBox> textBoxes;
+};
+
+// The catalogue, one row a window.
+const QList<MessageWindowSpec>& MessageCatalogue();
+QStringList MessageWindowNames();
+
+class frmMessage : public CSkinWindow {
+    Q_OBJECT
+public:
+    explicit frmMessage(const MessageWindowSpec& spec);
+    const MessageWindowSpec& Spec() const { return mSpec; }
+
+protected:
+    void Form_Load() override;
+    void Form_KeyDown(int key) override;
+    void Form_Click() override;
+
+private:
+    void Button_Released(const QString& name);
+
+    MessageWindowSpec mSpec;
+};
+
+// A new, unloaded window of the catalogue; null for a name it does not hold.
+std::unique_ptr<frmMessage> MessageWindow(const QString& name);

@@ -1,0 +1,257 @@
+#include "cd/CDManager.h"
+#include "core/globals.h"
+#include "core/modCommon.h"
+#include "support/DialogAnswerer.h"
+#include "support/SoundFiles.h"
+#include "support/TestGround.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTest>
+#include <cmath>
+#include <memory>
+
+namespace {
+double rms(const std::vector<int16_t>& s, int rate, double from, double to)
+{
+    const auto a = static_cast<size_t>(from * rate);
+    const auto b = std::min(s.size(), static_cast<size_t>(to * rate));
+    double sum = 0;
+    for (size_t i = a; i < b; ++i)
+        sum += double(s[i]) * s[i];
+    return b > a ? std::sqrt(sum / double(b - a)) : 0;
+}
+
+QByteArray head(const QString& path, int bytes)
+{
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.read(bytes) : QByteArray();
+}
+}  // namespace
+
+class tst_ConvertAudio : public QObject {
+    Q_OBJECT
+    std::unique_ptr<TestGround> ground;
+    std::unique_ptr<DialogAnswerer> answerer;
+
+    QString scratch(const QString& name) const { return ground->tempFolder() + "/" + name; }
+
+    // A steady 440 Hz tone at a quarter of full scale.
+    QString steadyTone(const QString& name, double seconds)
+    {
+        const QString path = scratch(name);
+        const bool ok = RunTool("ffmpeg", {"-v", "error", "-y", "-f", "lavfi", "-i",
+                                           QString("aevalsrc=0.25*sin(2*PI*440*t):s=44100:d=%1").arg(seconds), "-ac",
+                                           "2", path});
+        return ok ? path : QString();
+    }
+
+    void convert(QString source, QString target, int32_t format)
+    {
+        TheCDManager()->ConvertAudio(source, target, format);
+    }
+
+private slots:
+    void init()
+    {
+        ground = std::make_unique<TestGround>();
+        answerer = std::make_unique<DialogAnswerer>();
+        SaveAppSetting("VolumeBoost", "0", kSettings);
+    }
+    void cleanup()
+    {
+        QVERIFY2(answerer->unexpected.isEmpty(), qPrintable(answerer->unexpected.join(", ")));
+        QVERIFY(answerer->allAnswered());
+        answerer.reset();
+        ground.reset();
+    }
+    void cleanupTestCase()
+    {
+        delete gobjCDManager;
+        gobjCDManager = nullptr;
+    }
+
+    void routes_data()
+    {
+        QTest::addColumn<QString>("source");
+        QTest::addColumn<int>("format");
+        QTest::addColumn<QString>("codec");
+        QTest::addColumn<int>("rate");
+        QTest::addColumn<QByteArray>("magic");
+        QTest::addColumn<double>("frameSeconds");
+        QTest::addColumn<double>("delaySeconds");  // the encoder's start delay, which the container counts
+        const double lame = 1105.0 / 16000;
+        QTest::addRow("AMR narrowband from mp3") << "s.mp3" << 1 << "amr_nb" << 8000 << QByteArray("#!AMR\n") << 0.02 << 0.0;
+        QTest::addRow("AMR wideband from wma") << "s.wma" << 2 << "amr_wb" << 16000 << QByteArray("#!AMR-WB\n") << 0.02 << 0.0;
+        QTest::addRow("MP3 from wav") << "s.wav" << 5 << "mp3" << 16000 << QByteArray() << 576.0 / 16000 << lame;
+        QTest::addRow("MP3 from mp3") << "s.mp3" << 5 << "mp3" << 16000 << QByteArray() << 576.0 / 16000 << lame;
+        QTest::addRow("WAV from mp3") << "s.mp3" << 6 << "pcm_s16le" << 16000 << QByteArray("RIFF") << 1.0 / 16000 << 0.0;
+    }
+    void routes()
+    {
+        QFETCH(QString, source);
+        QFETCH(int, format);
+        QFETCH(QString, codec);
+        QFETCH(int, rate);
+        QFETCH(QByteArray, magic);
+        QFETCH(double, frameSeconds);
+        QFETCH(double, delaySeconds);
+        const QString in = MakeTone(scratch(source), 3.0, 440, 44100, 2);
+        const QString out = scratch("tone.out");
+        convert(in, out, format);
+        const ProbedSound probed = Probe(out);
+        QCOMPARE(probed.codec, codec);
+        QCOMPARE(probed.sampleRate, rate);
+        QCOMPARE(probed.channels, 1);
+        QVERIFY2(std::abs(probed.seconds - delaySeconds - 3.0) <= frameSeconds + 1e-6,
+                 qPrintable(QString::number(probed.seconds)));
+        QVERIFY(std::abs(double(DecodeMono(out, rate).size()) / rate - 3.0) <= frameSeconds + 1e-9);
+        QVERIFY(head(out, magic.size()) == magic);
+        QVERIFY(!QFile::exists(out + ".part"));
+    }
+
+    void makesNothing_data()
+    {
+        QTest::addColumn<int>("format");
+        for (int f : {3, 4, 0, -1, 7, 100})
+            QTest::addRow("format %d", f) << f;
+    }
+    void makesNothing()
+    {
+        QFETCH(int, format);
+        const QString in = MakeTone(scratch("s.wav"), 1.0);
+        const QStringList before = QDir(ground->tempFolder()).entryList(QDir::Files);
+        convert(in, scratch("tone.out"), format);
+        QCOMPARE(QDir(ground->tempFolder()).entryList(QDir::Files), before);
+    }
+
+    void fades_data()
+    {
+        QTest::addColumn<double>("seconds");
+        QTest::addColumn<QString>("fadeIn");
+        QTest::addColumn<QString>("fadeOut");
+        QTest::addColumn<int>("format");
+        QTest::addColumn<bool>("fadedIn");
+        QTest::addColumn<bool>("fadedOut");
+        QTest::addRow("5.0 s, both on: too short") << 5.0 << "True" << "True" << 1 << false << false;
+        QTest::addRow("5.01 s, both on") << 5.01 << "True" << "True" << 1 << true << true;
+        QTest::addRow("wideband, in only") << 6.0 << "True" << "False" << 2 << true << false;
+        QTest::addRow("out only, lower case") << 6.0 << "false" << "true" << 1 << false << true;
+        QTest::addRow("not a truth word") << 6.0 << "yes" << "" << 1 << false << false;
+        QTest::addRow("MP3 is never shaped") << 6.0 << "True" << "True" << 5 << false << false;
+        QTest::addRow("WAV is never shaped") << 6.0 << "True" << "True" << 6 << false << false;
+    }
+    void fades()
+    {
+        QFETCH(double, seconds);
+        QFETCH(QString, fadeIn);
+        QFETCH(QString, fadeOut);
+        QFETCH(int, format);
+        QFETCH(bool, fadedIn);
+        QFETCH(bool, fadedOut);
+        SaveAppSetting("FadeIn", fadeIn, kSettings);
+        SaveAppSetting("FadeOut", fadeOut, kSettings);
+        const QString out = scratch("tone.out");
+        convert(steadyTone("steady.wav", seconds), out, format);
+        const int rate = format == 1 ? 8000 : 16000;
+        const std::vector<int16_t> s = DecodeMono(out, rate);
+        QVERIFY(!s.empty());
+        const double length = double(s.size()) / rate;
+        const double middle = rms(s, rate, 2.0, 3.0);
+        QVERIFY2(middle > 2000, qPrintable(QString::number(middle)));
+        // A linear fade over 1 s has a tenth of the level in its first (or
+        // last) tenth of a second, and about half over the whole second.
+        const double start = rms(s, rate, 0.02, 0.12), end = rms(s, rate, length - 0.12, length - 0.02);
+        const double startSecond = rms(s, rate, 0.0, 1.0), endSecond = rms(s, rate, length - 1.0, length);
+        if (fadedIn) {
+            QVERIFY2(start < middle * 0.2, qPrintable(QString("%1 vs %2").arg(start).arg(middle)));
+            QVERIFY(startSecond > middle * 0.4 && startSecond < middle * 0.75);
+        } else {
+            QVERIFY2(start > middle * 0.8, qPrintable(QString("%1 vs %2").arg(start).arg(middle)));
+        }
+        if (fadedOut) {
+            QVERIFY2(end < middle * 0.2, qPrintable(QString("%1 vs %2").arg(end).arg(middle)));
+            QVERIFY(endSecond > middle * 0.4 && endSecond < middle * 0.75);
+        } else {
+            QVERIFY2(end > middle * 0.8, qPrintable(QString("%1 vs %2").arg(end).arg(middle)));
+        }
+    }
+
+    void volumeBoost_data()
+    {
+        QTest::addColumn<QString>("setting");
+        QTest::addColumn<double>("low");  // the level against no boost, after the codec
+        QTest::addColumn<double>("high");
+        // AMR's gain coding makes the codec's own level bend a little; the
+        // exact scale is checked on the samples in tst_sampleshaper.
+        QTest::addRow("0 dB") << "0" << 0.97 << 1.03;
+        QTest::addRow("6 dB") << "6" << 1.8 << 2.7;
+        QTest::addRow("empty counts as 3") << "" << 1.3 << 1.75;
+        QTest::addRow("text counts as 3") << "loud" << 1.3 << 1.75;
+        QTest::addRow("-6 dB") << "-6" << 0.25 << 0.6;
+        QTest::addRow("12 dB clips a quarter-scale tone") << "12" << 3.0 << 6.5;
+    }
+    void volumeBoost()
+    {
+        QFETCH(QString, setting);
+        QFETCH(double, low);
+        QFETCH(double, high);
+        const QString in = steadyTone("steady.wav", 3.0);
+        convert(in, scratch("plain.amr"), 1);
+        SaveAppSetting("VolumeBoost", setting, kSettings);
+        convert(in, scratch("boost.amr"), 1);
+        const std::vector<int16_t> plain = DecodeMono(scratch("plain.amr"), 8000);
+        const std::vector<int16_t> boosted = DecodeMono(scratch("boost.amr"), 8000);
+        const double ratio = rms(boosted, 8000, 0.5, 2.5) / rms(plain, 8000, 0.5, 2.5);
+        QVERIFY2(ratio > low && ratio < high, qPrintable(QString::number(ratio)));
+    }
+
+    void failures_data()
+    {
+        QTest::addColumn<QString>("source");  // made in the test when it names a tone
+        QTest::addColumn<QString>("target");
+        QTest::addColumn<int>("format");
+        QTest::addColumn<QString>("message");
+        QTest::addRow("missing source, AMR") << "absent.mp3" << "t.amr" << 1 << "ConvertAudio: File not found";
+        QTest::addRow("missing source, MP3") << "absent.mp3" << "t.mp3" << 5 << "ConvertAudio: File not found";
+        QTest::addRow("no sound") << "letter.txt" << "t.amr" << 2 << "ConvertAudio: Format is not supported.";
+        QTest::addRow("no such target folder, WAV") << "tone.wav" << "nowhere/t.wav" << 6
+                                                    << "ConvertAudio: Path not found";
+        QTest::addRow("no such target folder, AMR") << "tone.wav" << "nowhere/t.amr" << 1
+                                                    << "ConvertAudio: Path/File access error";
+    }
+    void failures()
+    {
+        QFETCH(QString, source);
+        QFETCH(QString, target);
+        QFETCH(int, format);
+        QFETCH(QString, message);
+        if (source == "tone.wav")
+            MakeTone(scratch(source), 1.0);
+        if (source == "letter.txt") {
+            QFile f(scratch(source));
+            QVERIFY(f.open(QIODevice::WriteOnly));
+            f.write(QByteArray("Dear phone,\n").repeated(100));
+        }
+        answerer->answer("MsgBox", "OK");
+        convert(scratch(source), scratch(target), format);
+        QVERIFY(answerer->allAnswered());
+        QCOMPARE(answerer->seen.size(), 1);
+        QCOMPARE(answerer->seen.first().text, message);
+        QVERIFY(!QFile::exists(scratch(target)));
+        QVERIFY(!QFile::exists(scratch(target) + ".part"));
+    }
+
+    void emptySource_givesEmptyTargetQuietly()
+    {
+        const QString in = scratch("empty.wav");
+        QVERIFY(RunTool("ffmpeg", {"-v", "error", "-y", "-f", "lavfi", "-i", "anullsrc=r=44100:cl=mono", "-t", "0",
+                                   in}));
+        convert(in, scratch("t.wav"), 6);
+        QVERIFY(QFile::exists(scratch("t.wav")));
+        QVERIFY(DecodeMono(scratch("t.wav"), 16000).empty());
+    }
+};
+
+QTEST_MAIN(tst_ConvertAudio)
+#include "tst_convertaudio.moc"

@@ -1,0 +1,241 @@
+#include "core/CError.h"
+#include "core/globals.h"
+#include "core/modCommon.h"
+#include "core/modEncryption.h"
+#include "core/seams.h"
+#include "delivery/CQueueManager.h"
+#include "delivery/ToneFormats.h"
+#include "delivery/ToneUpload.h"
+#include "support/TestGround.h"
+
+#include <QDomDocument>
+#include <QFile>
+#include <QRegularExpression>
+#include <QSettings>
+#include <QTest>
+#include <memory>
+
+class tst_Delivery : public QObject {
+    Q_OBJECT
+    std::unique_ptr<TestGround> ground;
+
+    QString makeTone(const QString& name)
+    {
+        const QString path = ground->programFolder() + "/" + name;
+        QFile f(path);
+        f.open(QIODevice::WriteOnly);
+        f.write("#!AMR\n");
+        return path;
+    }
+    void logIn()
+    {
+        gstrMachineKey = Hash("525400123456");
+        gstrMobileNumber = "0412345678";
+        gstrPassword = Encrypt("pa\"ss&<w>", gstrMachineKey);
+    }
+    QStringList toneDataKeys()
+    {
+        QSettings s(SettingsFilePath(), QSettings::IniFormat);
+        s.beginGroup("ToneData");
+        return s.childKeys();
+    }
+
+private slots:
+    void init() { ground = std::make_unique<TestGround>(); }
+    void cleanup() { ground.reset(); }
+
+    void formats_data()
+    {
+        QTest::addColumn<QString>("word");
+        QTest::addColumn<int>("number");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("type");
+        QTest::addColumn<QString>("ext");
+        QTest::addRow("WAV") << "WAV" << 6 << "preview.wav" << "audio/wav" << "wav";
+        QTest::addRow("AMR Wideband") << "AMR Wideband" << 2 << "preview.amr" << "audio/amr-wb" << "amr";
+        QTest::addRow("AMR Narrowband") << "AMR Narrowband" << 1 << "preview.amr" << "audio/amr" << "amr";
+        QTest::addRow("MP3") << "MP3" << 5 << "preview1.mp3" << "audio/mpeg" << "mp3";
+        QTest::addRow("AAC") << "AAC" << 4 << "preview.aac" << "audio/aac" << "aac";
+        QTest::addRow("QCELP") << "QCELP" << 3 << "preview.qcp" << "audio/qcelp" << "qcp";
+        QTest::addRow("lower case falls back") << "amr narrowband" << 1 << "preview.amr" << "audio/amr" << "amr";
+        QTest::addRow("Mp3 is not MP3") << "Mp3" << 1 << "preview.amr" << "audio/amr" << "amr";
+        QTest::addRow("empty") << "" << 1 << "preview.amr" << "audio/amr" << "amr";
+        QTest::addRow("padded") << "MP3 " << 1 << "preview.amr" << "audio/amr" << "amr";
+    }
+    void formats()
+    {
+        QFETCH(QString, word);
+        QFETCH(int, number);
+        QFETCH(QString, name);
+        QFETCH(QString, type);
+        QFETCH(QString, ext);
+        const ToneFormat& f = ToneFormatFor(word);
+        QCOMPARE(f.preferredFormat, number);
+        QCOMPARE(ConvertedFilePath(f), ground->tempFolder() + "/" + name);
+        QCOMPARE(f.contentType, type);
+        QCOMPARE(f.extension, ext);
+    }
+
+    void fileNames()
+    {
+        QCOMPARE(PreviewFilePath(), ground->tempFolder() + "/preview.mp3");
+        QCOMPARE(ToneFilePath(QDateTime(QDate(2005, 3, 3), QTime(14, 7, 9)), "amr"),
+                 ground->programFolder() + "/servercache/20050303140709.amr");
+        QCOMPARE(ToneFilePath(QDateTime(QDate(2026, 11, 23), QTime(0, 0, 0)), "mp3"),
+                 ground->programFolder() + "/servercache/20261123000000.mp3");
+    }
+
+    void toneDataFields_data()
+    {
+        QTest::addColumn<int>("bytes");
+        QTest::addColumn<QList<int>>("fieldLengths");
+        QTest::addRow("empty tone") << 0 << QList<int>{0};
+        QTest::addRow("one byte") << 1 << QList<int>{2};
+        QTest::addRow("exactly one field") << 16380 << QList<int>{32760};
+        QTest::addRow("one byte over") << 16381 << QList<int>{32760, 2};
+        QTest::addRow("40000 bytes") << 40000 << QList<int>{32760, 32760, 14480};
+        QTest::addRow("two whole fields") << 32760 << QList<int>{32760, 32760};
+    }
+    void toneDataFields()
+    {
+        QFETCH(int, bytes);
+        QFETCH(QList<int>, fieldLengths);
+        QString hex;
+        for (int i = 0; i < 2 * bytes; ++i)
+            hex += QChar(u"0123456789ABCDEF"[i % 16]);
+        const QString body = ToneDataFields(hex);
+        QVERIFY(!body.endsWith('&'));
+        const QStringList fields = body.split('&');
+        QCOMPARE(fields.size(), fieldLengths.size());
+        QString joined;
+        for (int i = 0; i < fields.size(); ++i) {
+            const QString prefix = QString("tonedata%1=").arg(i + 1);
+            QVERIFY(fields[i].startsWith(prefix));
+            QCOMPARE(fields[i].size() - prefix.size(), fieldLengths[i]);
+            joined += fields[i].mid(prefix.size());
+        }
+        QCOMPARE(joined, hex);  // the service puts them back in the order of N
+    }
+
+    void uploadBody()
+    {
+        logIn();
+        const QString body = BuildUploadBody("<Message A=\"1 2\"/>\n", "0A0B");
+        QCOMPARE(body, QString("MobileNumber=0412345678&Password=pa\"ss&<w>&xmldata=%3CMessage+A%3D%221+2%22%2F%3E%0A&tonedata1=0A0B"));
+    }
+
+    void uploadReply_data()
+    {
+        QTest::addColumn<QString>("reply");
+        QTest::addColumn<bool>("endsLoop");
+        QTest::addRow("delivered") << "1,OK,https://svc/t/1.amr" << true;
+        QTest::addRow("http too") << "1,OK,http://svc/t/1.amr" << true;
+        QTest::addRow("refused") << "0,Error,No credit" << false;
+        QTest::addRow("third field HTTP in capitals") << "1,OK,HTTPS://x" << false;
+        QTest::addRow("leading blank") << "1,OK, https://x" << false;
+        QTest::addRow("empty reply counts as delivered") << "" << true;
+        QTest::addRow("one field") << "1" << true;
+        QTest::addRow("two fields") << "0,Error" << true;
+        QTest::addRow("more fields") << "1,OK,https://x,extra" << true;
+        QTest::addRow("empty third") << "1,OK," << false;
+    }
+    void uploadReply()
+    {
+        QFETCH(QString, reply);
+        QFETCH(bool, endsLoop);
+        QCOMPARE(UploadReplyEndsLoop(reply), endsLoop);
+    }
+
+    void saveData_record_data()
+    {
+        QTest::addColumn<bool>("tunnel");
+        QTest::addRow("direct road stores nothing") << false;
+        QTest::addRow("tunnel road stores mark and record") << true;
+    }
+    void saveData_record()
+    {
+        QFETCH(bool, tunnel);
+        logIn();
+        gbUseTunnel = tunnel;
+        seams().now = [] { return QDateTime(QDate(2005, 3, 3), QTime(14, 7, 9)); };
+        const QString tone = makeTone("20050303140709.amr");
+        CQueueManager queue;
+        QVERIFY(!queue.IsDataFilePending());
+        const QString xml = queue.SaveData("audio/amr", tone, gstrMobileNumber, gstrPassword);
+
+        QDomDocument doc;
+        QVERIFY(doc.setContent(xml));
+        const QDomElement m = doc.documentElement();
+        QCOMPARE(m.tagName(), QString("Message"));
+        QCOMPARE(m.attribute("ContentType"), QString("audio/amr"));
+        QCOMPARE(m.attribute("Filename"), QString("20050303140709.amr"));
+        QCOMPARE(Decrypt(m.attribute("QueueIdentifier"), gstrMachineKey), gstrMobileNumber);
+        QCOMPARE(m.attribute("QueueData"), gstrPassword);
+        QCOMPARE(m.attribute("Created"), DefaultDateTimeText(seams().now()));
+        QCOMPARE(m.attribute("Status"), QString("Ready"));
+        QCOMPARE(m.attribute("MobileNumber"), gstrMobileNumber);
+        QCOMPARE(m.attribute("Password"), QString("pa\"ss&<w>"));
+        QVERIFY(xml.contains("&quot;"));
+        // The attributes stand in the order the helper reads them.
+        const QRegularExpression order(
+            "^<Message ContentType=\\S+ Filename=\\S+ QueueIdentifier=\\S+ QueueData=\\S+ Created=\".*\" "
+            "Status=\\S+ MobileNumber=\\S+ Password=\\S+/>\\s*$");
+        QVERIFY2(order.match(xml).hasMatch(), qPrintable(xml));
+
+        if (tunnel) {
+            const QString hash = Hash(xml);
+            QCOMPARE(GetAppSetting("CurrentTone", kToneData), hash);
+            QCOMPARE(GetAppSetting(hash, kToneData), xml.trimmed());
+            QVERIFY(queue.IsDataFilePending());
+        } else {
+            QVERIFY(toneDataKeys().isEmpty());
+            QVERIFY(!queue.IsDataFilePending());
+        }
+    }
+
+    void saveData_missingFileWritesNothing()
+    {
+        logIn();
+        gbUseTunnel = true;
+        CQueueManager queue;
+        try {
+            queue.SaveData("audio/amr", ground->programFolder() + "/gone.amr", gstrMobileNumber, gstrPassword);
+            QFAIL("no failure raised");
+        } catch (const CError& e) {
+            QCOMPARE(e.Description(), QString("File not found"));
+        }
+        QVERIFY(toneDataKeys().isEmpty());
+    }
+
+    void queueLife()
+    {
+        logIn();
+        gbUseTunnel = true;
+        CQueueManager queue;
+        queue.ClearToneData();  // nothing pending: stays empty, nothing else
+        QCOMPARE(toneDataKeys(), QStringList{"CurrentTone"});
+        QVERIFY(!queue.IsDataFilePending());
+
+        seams().now = [] { return QDateTime(QDate(2005, 3, 3), QTime(14, 7, 9)); };
+        const QString first = Hash(queue.SaveData("audio/amr", makeTone("a.amr"), gstrMobileNumber, gstrPassword));
+        queue.DeleteQueuedTone();
+        bool pending = false;
+        queue.IsDataFilePending(pending);
+        QVERIFY(pending);  // still, until the helper acts on the mark
+        QCOMPARE(GetAppSetting("Delete", kToneData), QString("1"));
+
+        seams().now = [] { return QDateTime(QDate(2005, 3, 3), QTime(14, 8, 0)); };
+        const QString second = Hash(queue.SaveData("audio/amr", makeTone("b.amr"), gstrMobileNumber, gstrPassword));
+        QVERIFY(first != second);
+        QCOMPARE(GetAppSetting("CurrentTone", kToneData), second);
+        QVERIFY(!GetAppSetting(first, kToneData).isEmpty());  // the older record is left behind
+        QCOMPARE(GetAppSetting("Delete", kToneData), QString("1"));
+
+        queue.ClearToneData();
+        QVERIFY(!queue.IsDataFilePending());
+        QVERIFY(GetAppSetting(second, kToneData).isEmpty());
+    }
+};
+
+QTEST_MAIN(tst_Delivery)
+#include "tst_delivery.moc"

@@ -1,0 +1,77 @@
+#include "editing/ToneMeasures.h"
+
+#include <QTest>
+
+class tst_ToneMeasures : public QObject {
+    Q_OBJECT
+private slots:
+    void selection_data()
+    {
+        QTest::addColumn<int>("milliseconds");
+        QTest::addColumn<QString>("length");
+        QTest::addColumn<QString>("size");
+        QTest::addRow("0.4 s") << 400 << "0m 0s" << "~1Kb";
+        QTest::addRow("10 s") << 10000 << "0m 10s" << "~16Kb";
+        QTest::addRow("30 s") << 30000 << "0m 30s" << "~47Kb";
+        QTest::addRow("tie 8 s -> 12") << 8000 << "0m 8s" << "~12Kb";
+        QTest::addRow("tie 24 s -> 38") << 24000 << "0m 24s" << "~38Kb";
+        QTest::addRow("tie 2.5 s -> 2") << 2500 << "0m 2s" << "~4Kb";
+        QTest::addRow("tie 3.5 s -> 4") << 3500 << "0m 4s" << "~5Kb";
+        QTest::addRow("59.5 s rounds up a minute") << 59500 << "1m 0s" << "~93Kb";
+        QTest::addRow("long song") << 3723000 << "62m 3s" << "~5817Kb";
+        QTest::addRow("end before start") << -5000 << "0m -5s" << "~-8Kb";
+    }
+    void selection()
+    {
+        QFETCH(int, milliseconds);
+        QFETCH(QString, length);
+        QFETCH(QString, size);
+        const float seconds = MillisecondsToSeconds(milliseconds);
+        QCOMPARE(LengthCaption(seconds), length);
+        QCOMPARE(ToneSizeCaption(seconds), size);
+    }
+
+    void position_data()
+    {
+        QTest::addColumn<int>("seconds");
+        QTest::addColumn<float>("offset");
+        QTest::addColumn<QString>("caption");
+        QTest::addRow("start") << 0 << 0.0f << "00m 00s";
+        QTest::addRow("two digits") << 75 << 0.0f << "01m 15s";
+        QTest::addRow("inside trim") << 75 << 60.0f << "00m 15s";
+        QTest::addRow("ten minutes") << 600 << 0.0f << "10m 00s";
+        QTest::addRow("hundred minutes") << 6000 << 0.0f << "100m 00s";
+    }
+    void position()
+    {
+        QFETCH(int, seconds);
+        QFETCH(float, offset);
+        QFETCH(QString, caption);
+        QCOMPARE(PositionCaption(seconds, offset), caption);
+    }
+
+    void limit_data()
+    {
+        QTest::addColumn<QString>("setting");
+        QTest::addColumn<qint64>("limit");  // -1: none
+        QTest::addRow("50 KB") << "50 KB" << qint64(51200);
+        QTest::addRow("100 KB") << "100 KB" << qint64(102400);
+        QTest::addRow("150 KB") << "150 KB" << qint64(153600);
+        QTest::addRow("200 KB") << "200 KB" << qint64(204800);
+        QTest::addRow("500 KB") << "500 KB" << qint64(512000);
+        QTest::addRow("Unlimited") << "Unlimited" << qint64(-1);
+        QTest::addRow("absent") << "" << qint64(150000);
+        QTest::addRow("abc") << "abc" << qint64(150000);
+        QTest::addRow("case counts") << "unlimited" << qint64(150000);
+        QTest::addRow("no blank") << "150KB" << qint64(150000);
+    }
+    void limit()
+    {
+        QFETCH(QString, setting);
+        QFETCH(qint64, limit);
+        QCOMPARE(MaxToneSizeLimit(setting).value_or(-1), limit);
+    }
+};
+
+QTEST_MAIN(tst_ToneMeasures)
+#include "tst_tonemeasures.moc"

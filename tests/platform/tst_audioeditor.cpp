@@ -1,0 +1,355 @@
+#include "core/CError.h"
+#include "platform/AudioDecoder.h"
+#include "platform/AudioEditor2.h"
+#include "platform/EditorPlayback.h"
+#include "support/DialogAnswerer.h"
+#include "support/PulseServer.h"
+#include "support/SoundFiles.h"
+#include "support/TestGround.h"
+
+#include <QFile>
+#include <QImage>
+#include <QSignalSpy>
+#include <QTest>
+#include <memory>
+
+class tst_AudioEditor : public QObject {
+    Q_OBJECT
+    std::unique_ptr<PulseServer> pulse;
+    std::unique_ptr<TestGround> ground;
+    std::unique_ptr<DialogAnswerer> answerer;
+
+    QString scratch(const QString& name) const { return ground->tempFolder() + "/" + name; }
+
+    QString openError(AudioEditor2& editor, const QString& path)
+    {
+        try {
+            editor.OpenFile(path);
+        } catch (const CError& e) {
+            return e.Description();
+        }
+        return {};
+    }
+
+private slots:
+    void initTestCase()
+    {
+        pulse = std::make_unique<PulseServer>();
+        QVERIFY2(pulse->Started(), qPrintable(pulse->Error()));
+    }
+    void init()
+    {
+        ground = std::make_unique<TestGround>();
+        answerer = std::make_unique<DialogAnswerer>();
+    }
+    void cleanup()
+    {
+        QVERIFY(answerer->unexpected.isEmpty());
+        answerer.reset();
+        ground.reset();
+    }
+
+    void openFile_lengthAndProgress_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<int>("rate");
+        QTest::addColumn<int>("channels");
+        QTest::addColumn<int>("slack");  // frames the codec may add or lose
+        QTest::addRow("wav stereo") << "a.wav" << 44100 << 2 << 0;
+        QTest::addRow("wav mono 8 kHz") << "b.wav" << 8000 << 1 << 0;
+        QTest::addRow("mp3 stereo") << "c.mp3" << 44100 << 2 << 1152;
+        QTest::addRow("mp3 mono 22 kHz") << "d.mp3" << 22050 << 1 << 1152;
+        QTest::addRow("wma stereo 48 kHz") << "e.wma" << 48000 << 2 << 4096;
+    }
+    void openFile_lengthAndProgress()
+    {
+        QFETCH(QString, name);
+        QFETCH(int, rate);
+        QFETCH(int, channels);
+        QFETCH(int, slack);
+        const QString path = MakeTone(scratch(name), 3.0, 440, rate, channels);
+        QVERIFY(!path.isEmpty());
+        AudioEditor2 editor;
+        QSignalSpy progress(&editor, &AudioEditor2::OnEditorProgress);
+        editor.OpenFile(path);
+        QVERIFY(qAbs(editor.TotalSamples() - 3 * rate) <= slack);
+        QCOMPARE(editor.ViewStart(), 0);
+        QCOMPARE(editor.ViewEnd(), editor.TotalSamples());
+        QCOMPARE(editor.SamplesToMilliseconds(rate * 2), 2000);
+        QCOMPARE(editor.Peaks().Channels(), channels);
+        QVERIFY(progress.size() >= 2);
+        int last = -1;
+        for (const auto& args : progress) {
+            QVERIFY(args.at(0).toInt() >= last);
+            last = args.at(0).toInt();
+        }
+        QCOMPARE(last, 100);
+        // FFmpeg's test sine, at most an eighth of full scale, shows in the summary.
+        const PeakSummary::Span whole = editor.Peaks().Range(0, 0, editor.TotalSamples());
+        QVERIFY(whole.high > 2000 && whole.high < 4300);
+        QVERIFY(whole.low < -2000 && whole.low > -4300);
+    }
+
+    void openFile_badInput_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QString>("error");
+        QTest::addRow("text") << QByteArray("This is a letter, not a song.\n").repeated(50)
+                              << "Format is not supported.";
+        QTest::addRow("zero length") << QByteArray() << "Format is not supported.";
+        QTest::addRow("wave header only") << QByteArray("RIFF\x24\x00\x00\x00WAVEfmt ", 16) + QByteArray(28, '\0')
+                                          << "Format is not supported.";
+        QTest::addRow("random bytes") << QByteArray(4096, '\x5a') << "Format is not supported.";
+    }
+    void openFile_badInput()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(QString, error);
+        const QString path = scratch("bad.mp3");
+        QFile f(path);
+        QVERIFY(f.open(QIODevice::WriteOnly));
+        f.write(content);
+        f.close();
+        AudioEditor2 editor;
+        QCOMPARE(openError(editor, path), error);
+        QCOMPARE(editor.TotalSamples(), 0);
+        // Nothing to play or save, and no crash for trying.
+        editor.Play(1);
+        QVERIFY(!editor.IsPlaying());
+    }
+
+    void openFile_damagedButAudible_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<double>("keep");  // share of the file's bytes kept
+        QTest::addRow("mp3 cut in half") << "cut.mp3" << 0.5;
+        QTest::addRow("wav cut in half, header still says 4 s") << "cut.wav" << 0.5;
+    }
+    void openFile_damagedButAudible()
+    {
+        QFETCH(QString, name);
+        QFETCH(double, keep);
+        const QString path = MakeTone(scratch(name), 4.0, 440, 44100, 2);
+        QFile f(path);
+        QVERIFY(f.open(QIODevice::ReadWrite));
+        QVERIFY(f.resize(static_cast<qint64>(f.size() * keep)));
+        f.close();
+        AudioEditor2 editor;
+        QCOMPARE(openError(editor, path), QString());
+        QVERIFY(qAbs(editor.TotalSamples() - 2 * 44100) < 2 * 1152);
+    }
+
+    void openFile_missingFile()
+    {
+        AudioEditor2 editor;
+        QVERIFY(!openError(editor, scratch("none.mp3")).isEmpty());
+    }
+
+    void decoder_seekIsSampleAccurate_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<int>("tolerance");
+        QTest::addRow("wav") << "s.wav" << 0;
+        QTest::addRow("mp3") << "s.mp3" << 2;
+    }
+    void decoder_seekIsSampleAccurate()
+    {
+        QFETCH(QString, name);
+        QFETCH(int, tolerance);
+        // A rising sweep: every position has its own waveform.
+        const QString path = scratch(name);
+        QVERIFY(RunTool("ffmpeg", {"-v", "error", "-y", "-f", "lavfi", "-i",
+                                   "aevalsrc=0.5*sin(2*PI*(200+300*t)*t):s=44100:d=6", "-ac", "1", path}));
+        const std::vector<int16_t> reference = DecodeMono(path, 44100);
+        AudioDecoder decoder;
+        decoder.Open(path);
+        for (const int64_t at : {int64_t(0), int64_t(123457), int64_t(44100), int64_t(200000), int64_t(7)}) {
+            decoder.Seek(at);
+            QCOMPARE(decoder.Position(), at);
+            std::vector<int16_t> got(2000);
+            QCOMPARE(decoder.Read(got.data(), 2000), 2000);
+            for (int i = 0; i < 2000; i += 97)
+                QVERIFY2(qAbs(got[i] - reference[at + i]) <= tolerance,
+                         qPrintable(QString("frame %1: %2 vs %3").arg(at + i).arg(got[i]).arg(reference[at + i])));
+        }
+    }
+
+    void selection_byCodeAndMouse()
+    {
+        AudioEditor2 editor;
+        editor.resize(400, 120);
+        editor.OpenFile(MakeTone(scratch("m.wav"), 4.0, 440, 8000, 1));
+        QSignalSpy changed(&editor, &AudioEditor2::OnEditorSelectionChanged);
+        QSignalSpy set(&editor, &AudioEditor2::OnEditorPositionSet);
+        QSignalSpy moved(&editor, &AudioEditor2::OnEditorMouseMove);
+        editor.SetSelectionStart(1000);
+        editor.SetSelectionEnd(50000);  // beyond the end: held to the file
+        QCOMPARE(editor.SelectionEnd(), editor.TotalSamples());
+        QCOMPARE(changed.size(), 2);
+
+        editor.ZoomToRange(8000, 16000);
+        QCOMPARE(editor.ViewStart(), 8000);
+        QCOMPARE(editor.ViewEnd(), 16000);
+        // Drag from a quarter to three quarters of the zoomed view.
+        QTest::mousePress(&editor, Qt::LeftButton, {}, QPoint(100, 60));
+        QTest::mouseMove(&editor, QPoint(200, 60));
+        QTest::mouseMove(&editor, QPoint(300, 60));
+        QTest::mouseRelease(&editor, Qt::LeftButton, {}, QPoint(300, 60));
+        QCOMPARE(editor.SelectionStart(), 10000);
+        QCOMPARE(editor.SelectionEnd(), 14000);
+        QVERIFY(editor.ShowSelection());
+        QVERIFY(moved.size() >= 2);
+        QCOMPARE(set.size(), 0);
+        // A click places the play cursor and drops the marks.
+        QTest::mouseClick(&editor, Qt::LeftButton, {}, QPoint(200, 60));
+        QCOMPARE(editor.PlayPosition(), 12000);
+        QCOMPARE(editor.SelectionStart(), 0);
+        QCOMPARE(editor.SelectionEnd(), 0);
+        QCOMPARE(set.size(), 1);
+
+        editor.ZoomFull();
+        QCOMPARE(editor.ViewStart(), 0);
+        QCOMPARE(editor.ViewEnd(), editor.TotalSamples());
+        editor.SetPlayPosition(-5);
+        QCOMPARE(editor.PlayPosition(), 0);
+    }
+
+    void saveToFile_selection_data()
+    {
+        QTest::addColumn<QString>("source");
+        QTest::addColumn<int>("format");
+        QTest::addColumn<QString>("codec");
+        QTest::addRow("mp3 from mp3") << "src.mp3" << 2 << "mp3";
+        QTest::addRow("mp3 from wma") << "src.wma" << 2 << "mp3";
+        QTest::addRow("wave from wav") << "src.wav" << 1 << "pcm_s16le";
+    }
+    void saveToFile_selection()
+    {
+        QFETCH(QString, source);
+        QFETCH(int, format);
+        QFETCH(QString, codec);
+        AudioEditor2 editor;
+        editor.OpenFile(MakeTone(scratch(source), 8.0, 440, 44100, 2));
+        editor.SetSelectionStart(44100);
+        editor.SetSelectionEnd(44100 * 4 + 22050);  // 3.5 s
+        QSignalSpy progress(&editor, &AudioEditor2::OnEditorProgress);
+        const QString out = scratch("preview.mp3");
+        editor.SaveToFile(out, true, format);
+        QCOMPARE(progress.last().at(0).toInt(), 100);
+        const ProbedSound probed = Probe(out);
+        QCOMPARE(probed.codec, codec);
+        QCOMPARE(probed.sampleRate, 44100);
+        QCOMPARE(probed.channels, 2);
+        // ffprobe counts whole MP3 frames, the encoder's delay included;
+        // a decoder that honours the stored delay gets the cut to the sample.
+        QVERIFY2(qAbs(probed.seconds - 3.5) <= 2 * 1152.0 / 44100, qPrintable(QString::number(probed.seconds)));
+        QVERIFY(qAbs(int(DecodeMono(out, 44100).size()) - 44100 * 7 / 2) <= 1152);
+        QVERIFY(!QFile::exists(out + ".part"));
+    }
+
+    void saveToFile_afterSourceDeleted()
+    {
+        // The editor keeps its file open, so a cut still works once the
+        // file is gone from its folder.
+        AudioEditor2 editor;
+        const QString path = MakeTone(scratch("gone.mp3"), 3.0);
+        editor.OpenFile(path);
+        QVERIFY(QFile::remove(path));
+        editor.SetSelectionStart(1000);
+        editor.SetSelectionEnd(44100);
+        editor.SaveToFile(scratch("cut.mp3"), true, 2);
+        QCOMPARE(Probe(scratch("cut.mp3")).codec, QString("mp3"));
+    }
+
+    void saveToFile_unwritableTargetLeavesNothing()
+    {
+        AudioEditor2 editor;
+        editor.OpenFile(MakeTone(scratch("x.wav"), 1.0));
+        QString error;
+        try {
+            editor.SaveToFile(scratch("no/such/folder/preview.mp3"), true, 2);
+        } catch (const CError& e) {
+            error = e.Description();
+        }
+        QVERIFY(!error.isEmpty());
+        QVERIFY(!QFile::exists(scratch("no/such/folder/preview.mp3")));
+    }
+
+    void gain_clipsInsteadOfWrapping_data()
+    {
+        QTest::addColumn<int>("sample");
+        QTest::addColumn<double>("gain");
+        QTest::addColumn<int>("expected");
+        QTest::addRow("unity") << 1234 << 1.0 << 1234;
+        QTest::addRow("double, fits") << 1000 << 2.0 << 2000;
+        QTest::addRow("double, clips high") << 20000 << 2.0 << 32767;
+        QTest::addRow("double, clips low") << -20000 << 2.0 << -32768;
+        QTest::addRow("half") << -3000 << 0.5 << -1500;
+        QTest::addRow("silence") << 32767 << 0.0 << 0;
+    }
+    void gain_clipsInsteadOfWrapping()
+    {
+        QFETCH(int, sample);
+        QFETCH(double, gain);
+        QFETCH(int, expected);
+        int16_t s = static_cast<int16_t>(sample);
+        ApplyGain(&s, 1, gain);
+        QCOMPARE(int(s), expected);
+    }
+
+    void play_selectionRunsToItsEnd()
+    {
+        AudioEditor2 editor;
+        editor.OpenFile(MakeTone(scratch("p.wav"), 2.0, 440, 44100, 2));
+        editor.SetSelectionStart(22050);
+        editor.SetSelectionEnd(44100);
+        QSignalSpy position(&editor, &AudioEditor2::OnEditorPositionChanged);
+        editor.SetVolume(32000);
+        editor.PreparePlay();
+        editor.Play(1);
+        QVERIFY(editor.IsPlaying());
+        QTRY_VERIFY_WITH_TIMEOUT(!editor.IsPlaying(), 10000);
+        QVERIFY(position.size() >= 3);
+        QVERIFY(editor.PlayPosition() >= 22050 && editor.PlayPosition() <= 44100);
+        // Stop at once after a start is harmless.
+        editor.Play(1);
+        editor.Stop();
+        QVERIFY(!editor.IsPlaying());
+    }
+
+    void paint_showsWaveSelectionAndCursor()
+    {
+        AudioEditor2 editor;
+        editor.resize(300, 100);
+        editor.OpenFile(MakeTone(scratch("v.wav"), 2.0, 200, 8000, 1));
+        editor.SetSelectionStart(4000);
+        editor.SetSelectionEnd(8000);
+        editor.SetPlayPosition(12000);
+        const QImage shot = editor.grab().toImage();
+        auto count = [&](const QColor& colour) {
+            int n = 0;
+            for (int y = 0; y < shot.height(); ++y)
+                for (int x = 0; x < shot.width(); ++x)
+                    n += shot.pixelColor(x, y) == colour;
+            return n;
+        };
+        const EditorAppearance& look = editor.Appearance();
+        QVERIFY(count(look.wave) > 500);
+        QVERIFY(count(look.selectedBackground) > 100);
+        QVERIFY(count(look.selectionMarks) >= 2 * 50);
+        QVERIFY(count(look.playCursor) >= 50);
+        editor.SetShowSelection(false);
+        const QImage hidden = editor.grab().toImage();
+        QVERIFY(!hidden.isNull());
+        int pink = 0;
+        for (int y = 0; y < hidden.height(); ++y)
+            for (int x = 0; x < hidden.width(); ++x)
+                pink += hidden.pixelColor(x, y) == look.selectedBackground;
+        QCOMPARE(pink, 0);
+        if (qEnvironmentVariableIsSet("QUILLOTONE_SHOTS"))
+            shot.save(qEnvironmentVariable("QUILLOTONE_SHOTS") + "/editor.png");
+    }
+};
+
+QTEST_MAIN(tst_AudioEditor)
+#include "tst_audioeditor.moc"

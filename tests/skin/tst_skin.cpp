@@ -1,0 +1,435 @@
+#include "core/globals.h"
+#include "core/modCommon.h"
+#include "core/seams.h"
+#include "skin/CDialog.h"
+#include "skin/CPictureButton.h"
+#include "skin/frmGenericOKDialog.h"
+#include "skin/frmMessage.h"
+#include "skin/modWindowDrag.h"
+#include "support/TestGround.h"
+
+#include <QApplication>
+#include <QBitmap>
+#include <QCursor>
+#include <QLabel>
+#include <QPushButton>
+#include <QScreen>
+#include <QTest>
+#include <QTimer>
+#include <memory>
+
+namespace {
+// A plain skinned window with two buttons, as a window of the program builds one.
+class frmTwoButtons : public CSkinWindow {
+public:
+    frmTwoButtons() : CSkinWindow(QStringLiteral("frmTwoButtons")) {}
+    bool busy = false;
+    int released = 0;
+
+protected:
+    void Form_Load() override
+    {
+        SkinWindowDesc desc;
+        desc.heading = QStringLiteral("Two buttons");
+        desc.buttons = {{QStringLiteral("cmdA"), QStringLiteral("A")},
+                        {QStringLiteral("cmdB"), QStringLiteral("B"), ButtonLook::Secondary}};
+        Build(desc);
+        connect(Button(QStringLiteral("cmdA")), &CPictureButton::Released, this, [this] { ++released; });
+    }
+    bool DragAllowed() const override { return !busy; }
+};
+
+QPoint centreOf(QWidget* w)
+{
+    return w->geometry().center();
+}
+
+// Mouse presses go through the window system, as the desktop's do, so that
+// they reach the control under the mouse and the release goes to the pressed one.
+QWindow* handle(QWidget* window)
+{
+    window->winId();
+    return window->windowHandle();
+}
+
+bool lit(CPictureButton* b)
+{
+    return !b->pixmap().isNull();
+}
+
+// A point of the body: inside the card, on no control.
+QPoint bodyPoint(QWidget* window)
+{
+    return QPoint(20, window->height() / 2);
+}
+}  // namespace
+
+class tst_Skin : public QObject {
+    Q_OBJECT
+    std::unique_ptr<TestGround> ground;
+
+private slots:
+    void init() { ground = std::make_unique<TestGround>(); }
+    void cleanup() { ground.reset(); }
+
+    // What each button and key of each message window answers, and whether
+    // the window is then hidden, unloaded or still up.
+    void catalogue_answers_data()
+    {
+        QTest::addColumn<QString>("window");
+        QTest::addColumn<QString>("action");
+        QTest::addColumn<QString>("tag");
+        QTest::addColumn<QString>("outcome");
+
+        const QStringList notices = {"frmNoToneSelected",     "frmToneNotTrimmed",   "frmStartRecording",
+                                     "frmInsertCD",           "frmInvalidFileFormat", "frmFreeDBWrong",
+                                     "frmPhoneNotCapable",    "frmTellUsAboutPhone", "frmInvalidCaptchaCode",
+                                     "frmActivationCodeCancelled", "frmSent",        "frmAnnouncements"};
+        for (const QString& w : notices) {
+            const QString body = w == "frmSent" || w == "frmAnnouncements" ? "unloaded" : "stays";
+            QTest::addRow("%s imgOK", qPrintable(w)) << w << "imgOK" << "" << "hidden";
+            QTest::addRow("%s Enter", qPrintable(w)) << w << "Enter" << "" << "hidden";
+            QTest::addRow("%s Escape", qPrintable(w)) << w << "Escape" << "" << "hidden";
+            QTest::addRow("%s body", qPrintable(w)) << w << "body" << "-" << body;
+        }
+        struct Question {
+            const char* window;
+            const char* yes;
+            const char* yesTag;
+            const char* no;
+            const char* noTag;
+            const char* enter;  // tag, or nullptr when Enter does nothing
+            const char* escape;
+        };
+        const Question questions[] = {
+            {"frmConfirmExit", "imgOK", "", "imgCancel", "Q", nullptr, nullptr},
+            {"frmConfirmSearch", "imgOK", "", "imgCancel", "Q", nullptr, nullptr},
+            {"frmConfirmDeleteTone", "imgYes", "", "imgNo", "Q", nullptr, nullptr},
+            {"frmRecordDuringAudio", "imgOK", "", "imgCancel", "Q", nullptr, nullptr},
+            {"frmCancelRip", "imgOK", "Q", "imgCancel", "", nullptr, nullptr},
+            {"frmToneTooBig", "imgOK", "Q", "imgCancel", "", nullptr, nullptr},
+            {"frmAboutToUseFreeQuill", "imgOK", "", "imgCancel", "Q", "", "Q"},
+            {"frmCharged", "imgOK", "", "imgCancel", "Q", "", ""},
+            {"frmTonePending", "imgOK", "", "imgDelete", "Q", "", ""},
+            {"frmSMSPermission", "imgOK", "", "imgCancel", "Q", "", "Q"},
+        };
+        for (const Question& q : questions) {
+            QTest::addRow("%s %s", q.window, q.yes) << q.window << q.yes << q.yesTag << "hidden";
+            QTest::addRow("%s %s", q.window, q.no) << q.window << q.no << q.noTag << "hidden";
+            QTest::addRow("%s Enter", q.window) << q.window << "Enter" << (q.enter ? q.enter : "-")
+                                                << (q.enter ? "hidden" : "stays");
+            QTest::addRow("%s Escape", q.window) << q.window << "Escape" << (q.escape ? q.escape : "-")
+                                                 << (q.escape ? "hidden" : "stays");
+            QTest::addRow("%s body", q.window) << q.window << "body" << "-" << "stays";
+        }
+        QTest::addRow("frmCCDBWait Enter") << "frmCCDBWait" << "Enter" << "-" << "stays";
+        QTest::addRow("frmCCDBWait Escape") << "frmCCDBWait" << "Escape" << "-" << "stays";
+        QTest::addRow("frmCCDBWait body") << "frmCCDBWait" << "body" << "-" << "stays";
+    }
+    void catalogue_answers()
+    {
+        QFETCH(QString, window);
+        QFETCH(QString, action);
+        QFETCH(QString, tag);
+        QFETCH(QString, outcome);
+
+        auto dlg = MessageWindow(window);
+        QVERIFY(dlg);
+        dlg->Load();
+        dlg->Show(false);
+        QVERIFY(QTest::qWaitForWindowExposed(dlg.get()));
+        dlg->Tag = "-";  // an answer must write it; doing nothing leaves it
+
+        if (action == "Enter") {
+            QTest::keyClick(dlg.get(), Qt::Key_Return);
+        } else if (action == "Escape") {
+            QTest::keyClick(dlg.get(), Qt::Key_Escape);
+        } else if (action == "body") {
+            QTest::mouseClick(handle(dlg.get()), Qt::LeftButton, {}, bodyPoint(dlg.get()));
+        } else {
+            CPictureButton* button = dlg->Button(action);
+            QVERIFY(button);
+            QTest::mouseClick(handle(dlg.get()), Qt::LeftButton, {}, centreOf(button));
+        }
+
+        QCOMPARE(dlg->IsLoaded(), outcome != "unloaded");
+        QCOMPARE(dlg->isVisible(), outcome == "stays");
+        if (outcome != "unloaded")
+            QCOMPARE(dlg->Tag, tag);
+        dlg->Unload();
+    }
+
+    void catalogue_everyWindowIsBuiltByName()
+    {
+        const QStringList expected = {
+            "frmNoToneSelected", "frmToneNotTrimmed", "frmStartRecording", "frmInsertCD", "frmInvalidFileFormat",
+            "frmFreeDBWrong", "frmPhoneNotCapable", "frmTellUsAboutPhone", "frmInvalidCaptchaCode",
+            "frmActivationCodeCancelled", "frmSent", "frmAnnouncements", "frmConfirmExit", "frmConfirmSearch",
+            "frmConfirmDeleteTone", "frmRecordDuringAudio", "frmCancelRip", "frmToneTooBig",
+            "frmAboutToUseFreeQuill", "frmCharged", "frmTonePending", "frmSMSPermission", "frmCCDBWait"};
+        QCOMPARE(MessageWindowNames(), expected);
+        QVERIFY(!MessageWindow("frmNoSuchWindow"));
+
+        gstrChargeText = "50p a tone";
+        for (const QString& name : expected) {
+            auto dlg = MessageWindow(name);
+            dlg->Load();
+            QCOMPARE(dlg->objectName(), name);
+            // Each picture button has its hidden twins beside it.
+            for (CPictureButton* b : dlg->findChildren<CPictureButton*>()) {
+                QLabel* over = dlg->findChild<QLabel*>(b->objectName() + "Over");
+                QLabel* clicked = dlg->findChild<QLabel*>(b->objectName() + "Clicked");
+                QVERIFY2(over && clicked, qPrintable(name + " " + b->objectName()));
+                QVERIFY(over->isHidden() && clicked->isHidden());
+                QVERIFY(!over->pixmap().isNull() && !clicked->pixmap().isNull());
+            }
+        }
+        auto charged = MessageWindow("frmCharged");
+        charged->Load();
+        QCOMPARE(charged->Label("lblCharge")->text(), QString("50p a tone"));
+        auto tooBig = MessageWindow("frmToneTooBig");
+        tooBig->Load();
+        QVERIFY(tooBig->Label("lblTooBig"));
+        auto news = MessageWindow("frmAnnouncements");
+        news->Load();
+        QVERIFY(news->findChild<QWidget*>("txtAnnouncement"));
+    }
+
+    void catalogue_centring_data()
+    {
+        QTest::addColumn<QString>("window");
+        QTest::addColumn<bool>("onScreen");
+        for (const QString& name : MessageWindowNames()) {
+            const bool screen = name == "frmInvalidCaptchaCode" || name == "frmActivationCodeCancelled" ||
+                                name == "frmAnnouncements";
+            QTest::addRow("%s", qPrintable(name)) << name << screen;
+        }
+    }
+    void catalogue_centring()
+    {
+        QFETCH(QString, window);
+        QFETCH(bool, onScreen);
+        QWidget main;
+        main.setGeometry(40, 60, 700, 500);
+        seams().mainWindow = [&main] { return &main; };
+
+        auto dlg = MessageWindow(window);
+        dlg->Load();
+        const QRect area = onScreen ? QApplication::primaryScreen()->geometry() : main.geometry();
+        QVERIFY(qAbs(dlg->geometry().center().x() - area.center().x()) <= 1);
+        QVERIFY(qAbs(dlg->geometry().center().y() - area.center().y()) <= 1);
+    }
+
+    void frmSent_bodyClickUnloadsAndNextUseLoadsAnew()
+    {
+        auto sent = MessageWindow("frmSent");
+        sent->Load();
+        QTimer::singleShot(0, sent.get(), [&] { QTest::mouseClick(handle(sent.get()), Qt::LeftButton, {}, bodyPoint(sent.get())); });
+        sent->Show(true);  // returns: unloading hides it
+        QVERIFY(!sent->IsLoaded());
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QVERIFY(!sent->findChild<QWidget*>("imgOK"));
+
+        sent->Load();
+        QCOMPARE(sent->findChildren<CPictureButton*>().size(), 1);
+        QVERIFY(sent->Button("imgOK"));
+        QCOMPARE(sent->Tag, QString());
+    }
+
+    // Every pure-blue pixel of a face is a hole and nothing else is.
+    void holes_areExactlyTheKeyBlue_data()
+    {
+        QTest::addColumn<QString>("window");
+        QTest::addRow("question") << "frmConfirmExit";
+        QTest::addRow("notice with a text box") << "frmAnnouncements";
+        QTest::addRow("no buttons") << "frmCCDBWait";
+    }
+    void holes_areExactlyTheKeyBlue()
+    {
+        QFETCH(QString, window);
+        auto dlg = MessageWindow(window);
+        dlg->Load();
+        const QImage face = dlg->grab().toImage().convertToFormat(QImage::Format_RGB32);
+        const QRegion shape = dlg->mask();
+        QVERIFY(!shape.isEmpty());
+        int holes = 0;
+        for (int y = 0; y < face.height(); ++y) {
+            for (int x = 0; x < face.width(); ++x) {
+                const bool blue = face.pixel(x, y) == qRgb(0, 0, 255);
+                holes += blue;
+                if (shape.contains(QPoint(x, y)) == blue)
+                    QFAIL(qPrintable(QString("pixel %1,%2").arg(x).arg(y)));
+            }
+        }
+        // The rounded corners and the sides of the badge at least.
+        QVERIFY(holes > 500);
+        QVERIFY(!shape.contains(QPoint(0, 0)));
+        QVERIFY(!shape.contains(QPoint(dlg->width() - 1, dlg->height() - 1)));
+    }
+
+    void rollover_onlyOneLitAndTheBodyClearsAll()
+    {
+        frmTwoButtons w;
+        w.Show(false);
+        QVERIFY(QTest::qWaitForWindowExposed(&w));
+        CPictureButton* a = w.Button("cmdA");
+        CPictureButton* b = w.Button("cmdB");
+
+        QTest::mouseMove(handle(&w), centreOf(a));
+        QVERIFY(lit(a) && !lit(b));
+        QCOMPARE(a->pixmap().toImage(), a->OverTwin()->pixmap().toImage());
+        // Straight from one to the other: only the second stays lit.
+        QTest::mouseMove(handle(&w), centreOf(b));
+        QVERIFY(!lit(a) && lit(b));
+        QTest::mouseMove(handle(&w), bodyPoint(&w));
+        QVERIFY(!lit(a) && !lit(b));
+
+        QTest::mouseMove(handle(&w), centreOf(a));
+        QTest::mousePress(handle(&w), Qt::LeftButton, {}, centreOf(a));
+        QCOMPARE(a->pixmap().toImage(), a->ClickedTwin()->pixmap().toImage());
+        QTest::mouseRelease(handle(&w), Qt::LeftButton, {}, centreOf(a));
+        QCOMPARE(w.released, 1);
+    }
+
+    void release_actsWhereverTheMouseWent()
+    {
+        auto dlg = MessageWindow("frmConfirmExit");
+        dlg->Load();
+        CPictureButton* cancel = dlg->Button("imgCancel");
+        QTimer::singleShot(0, dlg.get(), [&] {
+            QTest::mousePress(handle(dlg.get()), Qt::LeftButton, {}, centreOf(cancel));
+            QTest::mouseMove(handle(dlg.get()), bodyPoint(dlg.get()));
+            QTest::mouseRelease(handle(dlg.get()), Qt::LeftButton, {}, bodyPoint(dlg.get()));
+        });
+        dlg->Show(true);
+        QCOMPARE(dlg->Tag, QString("Q"));
+        QVERIFY(!dlg->isVisible());
+        QVERIFY(!lit(cancel));
+    }
+
+    void drag_movesByTheOutlineAndNotWhileBusy_data()
+    {
+        QTest::addColumn<bool>("busy");
+        QTest::addRow("idle") << false;
+        QTest::addRow("busy") << true;
+    }
+    void drag_movesByTheOutlineAndNotWhileBusy()
+    {
+        QFETCH(bool, busy);
+        frmTwoButtons w;
+        w.SetDraggable(true);
+        w.busy = busy;
+        w.Load();
+        w.move(100, 100);
+        w.Show(false);
+        QVERIFY(QTest::qWaitForWindowExposed(&w));
+        const QRect start = w.geometry();
+
+        QTest::mousePress(handle(&w), Qt::LeftButton, {}, QPoint(20, 150));
+        QTest::mouseMove(handle(&w), QPoint(50, 170));
+        QCOMPARE(DragOutline(), busy ? QRect() : start.translated(30, 20));
+        QCOMPARE(w.geometry(), start);  // only the outline moves until the release
+        QTest::mouseRelease(handle(&w), Qt::LeftButton, {}, QPoint(50, 170));
+        QCOMPARE(DragOutline(), QRect());
+        QCOMPARE(w.geometry(), busy ? start : start.translated(30, 20));
+    }
+
+    void cdialog_modalRestoresThePointer_data()
+    {
+        QTest::addColumn<QString>("how");
+        QTest::addRow("Enter") << "Enter";
+        QTest::addRow("Escape") << "Escape";
+        QTest::addRow("release on picOKOver") << "picOKOver";
+        QTest::addRow("Command1") << "Command1";
+    }
+    void cdialog_modalRestoresThePointer()
+    {
+        QFETCH(QString, how);
+        SetMousePointer(vbHourglass);
+        CDialog dlg;
+        QString shown;
+        int pointerWhileUp = -1;
+        QTimer::singleShot(0, [&] {
+            frmGenericOKDialog* w = dlg.Window();
+            shown = w->Label("lblMessage")->text();
+            pointerWhileUp = MousePointer();
+            QVERIFY(w->isVisible() && w->Label("picOK")->isVisible());
+            if (how == "Enter")
+                QTest::keyClick(w, Qt::Key_Return);
+            else if (how == "Escape")
+                QTest::keyClick(w, Qt::Key_Escape);
+            else if (how == "Command1")
+                w->findChild<QPushButton*>("Command1")->click();
+            else {
+                w->Label("picOKOver")->show();
+                QTest::mouseClick(handle(w), Qt::LeftButton, {}, centreOf(w->Label("picOKOver")));
+            }
+        });
+        dlg.Display("Send: no connection", true, nullptr);
+        QCOMPARE(shown, QString("Send: no connection"));
+        QCOMPARE(pointerWhileUp, int(vbDefault));
+        QCOMPARE(MousePointer(), int(vbHourglass));
+        QVERIFY(!dlg.Window());
+        SetMousePointer(vbDefault);
+    }
+
+    void cdialog_noticeHasNoButtonAndHideFormIsHarmless()
+    {
+        QWidget owner;
+        owner.setGeometry(100, 100, 600, 400);
+        owner.show();
+        CDialog dlg;
+        dlg.Display("Making your tone", false, &owner);
+        frmGenericOKDialog* w = dlg.Window();
+        QVERIFY(w && w->isVisible());
+        QCOMPARE(w->parentWidget(), &owner);
+        QVERIFY(w->isWindow());
+        QVERIFY(!w->Label("picOK")->isVisible());
+        QVERIFY(!w->findChild<QTimer*>("Timer1")->isActive());
+
+        dlg.Update("Making your tone (50%)");
+        QCOMPARE(w->Label("lblMessage")->text(), QString("Making your tone (50%)"));
+        // Esc closes the notice under its caller's feet; the caller's HideForm still works.
+        QTest::keyClick(w, Qt::Key_Escape);
+        QVERIFY(!w->isVisible());
+        dlg.HideForm();
+        QVERIFY(!dlg.Window());
+        dlg.HideForm();
+    }
+
+    void cdialog_hoverFollowsTheCursorStrictlyInside_data()
+    {
+        QTest::addColumn<QPoint>("offset");  // from picOK's top left
+        QTest::addColumn<bool>("over");
+        QTest::addRow("inside") << QPoint(10, 10) << true;
+        QTest::addRow("on the left edge") << QPoint(0, 10) << false;
+        QTest::addRow("on the top edge") << QPoint(10, 0) << false;
+        QTest::addRow("on the right edge") << QPoint(120, 10) << false;
+        QTest::addRow("just inside the right edge") << QPoint(119, 10) << true;
+        QTest::addRow("far away") << QPoint(-100, -100) << false;
+    }
+    void cdialog_hoverFollowsTheCursorStrictlyInside()
+    {
+        QFETCH(QPoint, offset);
+        QFETCH(bool, over);
+        frmGenericOKDialog w;
+        w.Load();
+        w.move(200, 200);
+        w.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&w));
+        QLabel* picOK = w.Label("picOK");
+        QLabel* picOKOver = w.Label("picOKOver");
+        QCOMPARE(picOKOver->geometry(), picOK->geometry());
+        QCOMPARE(w.Label("picHover")->geometry(), picOK->geometry());
+
+        QCursor::setPos(w.mapToGlobal(picOK->geometry().center()));
+        w.Timer1_Timer();
+        QVERIFY(picOKOver->isVisible());
+        QCursor::setPos(w.mapToGlobal(picOK->geometry().topLeft() + offset));
+        w.Timer1_Timer();
+        QCOMPARE(picOKOver->isVisible(), over);
+    }
+};
+
+QTEST_MAIN(tst_Skin)
+#include "tst_skin.moc"
