@@ -2,7 +2,7 @@
 
 #include "core/modCommon.h"
 #include "service/CHTTPCall.h"
-#include "service/frmAnnouncements.h"
+#include "skin/frmMessage.h"
 
 #include <QPlainTextEdit>
 
@@ -18,9 +18,11 @@ void CAnnouncements::CheckForAnnouncements()
         reply = call.GetPage(ptAnnouncementRead, query, true, kServiceTimeOut);
         SetMousePointer(vbDefault);
         if (!reply.isEmpty()) {
-            frmAnnouncements window;
-            window.txtAnnouncement->setPlainText(reply);
-            window.Show();
+            std::unique_ptr<frmMessage> frmAnnouncements = MessageWindow(QStringLiteral("frmAnnouncements"));
+            frmAnnouncements->Load();
+            frmAnnouncements->findChild<QPlainTextEdit*>(QStringLiteral("txtAnnouncement"))->setPlainText(reply);
+            frmAnnouncements->Show(true);
+            frmAnnouncements->Unload();
         }
     } while (!reply.isEmpty());
 }

@@ -5,8 +5,9 @@
 #include "core/codepage.h"
 #include "core/modCommon.h"
 #include "core/seams.h"
-#include "service/ServiceMessage.h"
 #include "service/WebClient.h"
+#include "skin/CDialog.h"
+#include "skin/frmGenericOKDialog.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -86,7 +87,7 @@ QString CHTTPCall::GetPage(int32_t PageType, QString& Params, bool UseHTTPS, int
         return mstrResponse;
     } catch (const CError& e) {
         if (e.Number() == WebClient::kNameNotResolved || e.Number() == WebClient::kCannotConnect) {
-            DisplayServiceMessage(kUnreachableMessage);
+            CDialog().Display(kUnreachableMessage, true, nullptr);
             return kServerUnreachable;
         }
         MsgBox(e.Description());
@@ -124,7 +125,7 @@ QString CHTTPCall::SendHTTP(const QString& Params, bool bBinary, const QString& 
         }
         return result;
     } catch (const CError&) {
-        DisplayServiceMessage(kSendFailedMessage);
+        CDialog().Display(kSendFailedMessage, true, nullptr);
         return {};
     }
 }

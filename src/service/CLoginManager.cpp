@@ -1,6 +1,8 @@
 #include "service/CLoginManager.h"
 
 #include "core/CError.h"
+#include "core/StartupParts.h"
+#include "core/frmIntro.h"
 #include "core/globals.h"
 #include "core/modCommon.h"
 #include "core/modEncryption.h"
@@ -8,9 +10,9 @@
 #include "core/twips.h"
 #include "service/CAnnouncements.h"
 #include "service/CHTTPCall.h"
-#include "service/ServiceMessage.h"
-#include "service/SignupRoute.h"
 #include "service/frmLogin.h"
+#include "skin/CDialog.h"
+#include "skin/frmGenericOKDialog.h"
 
 #include <QCoreApplication>
 #include <QLabel>
@@ -65,10 +67,13 @@ QString Origin()
 }
 }  // namespace
 
-SignupRoute& signupRoute()
+void RegisterLogin()
 {
-    static SignupRoute route;
-    return route;
+    startupParts().login = [](const QString& DefaultNumber) {
+        CLoginManager manager;
+        manager.Login(DefaultNumber);
+        return LoginResult{manager.LoggedIn(), manager.DoSignup()};
+    };
 }
 
 CLoginManager::CLoginManager()
@@ -90,7 +95,7 @@ void CLoginManager::Login(const QString& DefaultNumber)
 {
     NewWindow();
     mstrDefaultNumber = DefaultNumber;
-    mfrmLogin->adjustSize();
+    mfrmLogin->Load();
     CenterOnMainWindow(mfrmLogin.get());
     QString number = mstrDefaultNumber;
     if (number.isEmpty())
@@ -106,8 +111,9 @@ void CLoginManager::Login(const QString& DefaultNumber)
         backdrop->setGeometry((main->width() - width) / 2, (main->height() - height) / 2, width, height);
         backdrop->show();
     }
-    mfrmLogin->Show();
+    mfrmLogin->Show(true);
     // The window has been hidden by one of the three outcomes.
+    mfrmLogin->Unload();
     mfrmLogin.reset();
 }
 
@@ -139,12 +145,12 @@ void CLoginManager::mfrmLogin_OKClicked()
 
     window->txtMobileNumber->setText(window->txtMobileNumber->text().trimmed());
     if (window->txtMobileNumber->text().isEmpty()) {
-        DisplayServiceMessage(kEnterBoth, window);
+        CDialog().Display(kEnterBoth, true, window);
         SetFormEnabled(window, true);
         return;
     }
     if (window->txtPassword->text().isEmpty()) {
-        DisplayServiceMessage(kEnterBoth, window);
+        CDialog().Display(kEnterBoth, true, window);
         SetFormEnabled(window, true);
         window->txtPassword->setFocus();
         return;
@@ -174,10 +180,10 @@ void CLoginManager::mfrmLogin_OKClicked()
             backdrop->hide();
         }
         QCoreApplication::processEvents();
-        window->hide();
+        window->Hide();
         return;
     }
-    DisplayServiceMessage(kInvalidLogin, window);
+    CDialog().Display(kInvalidLogin, true, window);
     ++mintFailedAttempts;
     if (mintFailedAttempts > kMostFailedAttempts)
         EndProgramNow(0);
@@ -191,16 +197,21 @@ void CLoginManager::mfrmLogin_CancelClicked()
     if (QWidget* backdrop = LoginBackground())
         backdrop->hide();
     mbCancelled = true;
-    mfrmLogin->hide();
+    mfrmLogin->Hide();
 }
 
 void CLoginManager::mfrmLogin_DoSignup()
 {
     mbDoSignup = true;
     gbSignUpActive = true;
-    mfrmLogin->hide();
-    if (signupRoute().unloadMainWindow)
-        signupRoute().unloadMainWindow();
-    if (signupRoute().showIntro)
-        signupRoute().showIntro();
+    mfrmLogin->Hide();
+    if (QWidget* main = MainWindow()) {
+        if (auto* skinned = qobject_cast<CSkinWindow*>(main))
+            skinned->Unload();
+        else
+            main->hide();
+    }
+    frmIntro& intro = IntroWindow();
+    intro.Load();
+    intro.Show(false);
 }

@@ -9,6 +9,9 @@
 
 class frmLogin;
 
+// Makes the login of Sub Main and of frmIntro's sign-in this class's Login.
+void RegisterLogin();
+
 class CLoginManager : public QObject {
     Q_OBJECT
 public:

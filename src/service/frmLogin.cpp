@@ -2,71 +2,14 @@
 
 #include "core/modCommon.h"
 #include "core/seams.h"
+#include "skin/CClickLabel.h"
+#include "skin/CPictureButton.h"
 
-#include <QCloseEvent>
-#include <QGridLayout>
 #include <QKeyEvent>
-#include <QLabel>
 #include <QLineEdit>
-#include <QPushButton>
 #include <QTimer>
 
-namespace {
-QLabel* Link(const QString& name, const QString& text, QWidget* parent)
-{
-    auto* label = new QLabel(text, parent);
-    label->setObjectName(name);
-    label->setCursor(Qt::PointingHandCursor);
-    label->installEventFilter(parent);
-    return label;
-}
-}  // namespace
-
-frmLogin::frmLogin(QWidget* parent) : QDialog(parent)
-{
-    setObjectName(QStringLiteral("frmLogin"));
-    setWindowTitle(QStringLiteral("Quillo Tone - Sign in"));
-    txtMobileNumber = new QLineEdit(this);
-    txtMobileNumber->setObjectName(QStringLiteral("txtMobileNumber"));
-    txtMobileNumber->installEventFilter(this);
-    txtPassword = new QLineEdit(this);
-    txtPassword->setObjectName(QStringLiteral("txtPassword"));
-    txtPassword->setEchoMode(QLineEdit::Password);
-    txtPassword->installEventFilter(this);
-    imgSignIn = new QPushButton(QStringLiteral("Sign in"), this);
-    imgSignIn->setObjectName(QStringLiteral("imgSignIn"));
-    imgSignIn->setAutoDefault(false);
-    imgCancel = new QPushButton(QStringLiteral("Cancel"), this);
-    imgCancel->setObjectName(QStringLiteral("imgCancel"));
-    imgCancel->setAutoDefault(false);
-    lblSignUp1 = Link(QStringLiteral("lblSignUp1"), QStringLiteral("New to Quillo Tone?"), this);
-    lblSignUp2 = Link(QStringLiteral("lblSignUp2"), QStringLiteral("<u>Sign up here</u>"), this);
-    lblURL = Link(QStringLiteral("lblURL"), QStringLiteral("<u>Forgotten your password?</u>"), this);
-    imgTalkingToServer = new QLabel(QStringLiteral("Talking to the Quillo Tone server..."), this);
-    imgTalkingToServer->setObjectName(QStringLiteral("imgTalkingToServer"));
-    imgTalkingToServer->hide();
-    Timer1 = new QTimer(this);
-    Timer1->setObjectName(QStringLiteral("Timer1"));
-    Timer1->setInterval(100);
-
-    auto* grid = new QGridLayout(this);
-    grid->addWidget(new QLabel(QStringLiteral("Mobile number"), this), 0, 0);
-    grid->addWidget(txtMobileNumber, 0, 1, 1, 2);
-    grid->addWidget(new QLabel(QStringLiteral("Password"), this), 1, 0);
-    grid->addWidget(txtPassword, 1, 1, 1, 2);
-    grid->addWidget(lblURL, 2, 1, 1, 2);
-    grid->addWidget(imgSignIn, 3, 1);
-    grid->addWidget(imgCancel, 3, 2);
-    grid->addWidget(lblSignUp1, 4, 0);
-    grid->addWidget(lblSignUp2, 4, 1);
-    grid->addWidget(imgTalkingToServer, 5, 0, 1, 3);
-
-    // Buttons act on release.
-    connect(imgSignIn, &QPushButton::clicked, this, [this] { Run([this] { emit OKClicked(); }); });
-    connect(imgCancel, &QPushButton::clicked, this, [this] { Run([this] { emit CancelClicked(); }); });
-    connect(Timer1, &QTimer::timeout, this, &frmLogin::Timer1_Timer);
-    Timer1->start();
-}
+frmLogin::frmLogin() : CSkinWindow(QStringLiteral("frmLogin")) {}
 
 template <class Handler>
 void frmLogin::Run(Handler&& handler)
@@ -74,13 +17,63 @@ void frmLogin::Run(Handler&& handler)
     try {
         handler();
     } catch (const ProgramEnded&) {
-        hide();
+        Hide();
     }
 }
 
-void frmLogin::Show()
+void frmLogin::Form_Load()
 {
-    exec();
+    SkinWindowDesc desc;
+    desc.name = QStringLiteral("frmLogin");
+    desc.size = QSize(420, 330);
+    desc.heading = QStringLiteral("Sign in to Quillotone");
+    desc.bodyRect = QRect(28, 80, 364, 30);
+    desc.buttons = {{QStringLiteral("imgSignIn"), QStringLiteral("Sign in")},
+                    {QStringLiteral("imgCancel"), QStringLiteral("Cancel"), ButtonLook::Secondary}};
+    desc.labels = {
+        {QStringLiteral("lblMobile"), QRect(28, 122, 120, 24), LabelKind::Text, QStringLiteral("Mobile number"), 10,
+         false, int(Qt::AlignLeft | Qt::AlignVCenter)},
+        {QStringLiteral("lblPassword"), QRect(28, 158, 120, 24), LabelKind::Text, QStringLiteral("Password"), 10,
+         false, int(Qt::AlignLeft | Qt::AlignVCenter)},
+        {QStringLiteral("lblURL"), QRect(150, 188, 242, 20), LabelKind::Link, QStringLiteral("Forgotten your password?"),
+         9, false, int(Qt::AlignLeft | Qt::AlignVCenter)},
+        {QStringLiteral("imgTalkingToServer"), QRect(28, 212, 364, 20), LabelKind::Text,
+         QStringLiteral("Talking to the Quillotone server..."), 9, true},
+        {QStringLiteral("lblSignUp1"), QRect(28, 236, 180, 20), LabelKind::Link, QStringLiteral("New to Quillotone?"),
+         9.5, false, int(Qt::AlignRight | Qt::AlignVCenter)},
+        {QStringLiteral("lblSignUp2"), QRect(214, 236, 178, 20), LabelKind::Link, QStringLiteral("Sign up here"), 9.5,
+         true, int(Qt::AlignLeft | Qt::AlignVCenter)},
+    };
+    desc.textBoxes = {{QStringLiteral("txtMobileNumber"), QRect(150, 120, 242, 28)},
+                      {QStringLiteral("txtPassword"), QRect(150, 156, 242, 28)}};
+    Build(desc);
+
+    txtMobileNumber = findChild<QLineEdit*>(QStringLiteral("txtMobileNumber"));
+    txtPassword = findChild<QLineEdit*>(QStringLiteral("txtPassword"));
+    txtPassword->setEchoMode(QLineEdit::Password);
+    imgSignIn = Button(QStringLiteral("imgSignIn"));
+    imgCancel = Button(QStringLiteral("imgCancel"));
+    lblSignUp1 = Label(QStringLiteral("lblSignUp1"));
+    lblSignUp2 = Label(QStringLiteral("lblSignUp2"));
+    lblURL = Label(QStringLiteral("lblURL"));
+    imgTalkingToServer = Label(QStringLiteral("imgTalkingToServer"));
+    imgTalkingToServer->hide();
+    txtMobileNumber->installEventFilter(this);
+    txtPassword->installEventFilter(this);
+
+    connect(imgSignIn, &CPictureButton::Released, this, [this] { Run([this] { emit OKClicked(); }); });
+    connect(imgCancel, &CPictureButton::Released, this, [this] { Run([this] { emit CancelClicked(); }); });
+    for (QLabel* signUp : {lblSignUp1, lblSignUp2})
+        connect(static_cast<CClickLabel*>(signUp), &CClickLabel::Click, this, [this] { Run([this] { emit DoSignup(); }); });
+    connect(static_cast<CClickLabel*>(lblURL), &CClickLabel::Click, this, &frmLogin::lblURL_Click);
+
+    Timer1 = new QTimer(this);
+    Timer1->setObjectName(QStringLiteral("Timer1"));
+    Timer1->setInterval(100);
+    connect(Timer1, &QTimer::timeout, this, &frmLogin::Timer1_Timer);
+    Timer1->start();
+
+    SetLayeredColourKey(this, kColourKeyBlue, 100, LWA_COLORKEY);
 }
 
 void frmLogin::Timer1_Timer()
@@ -94,34 +87,21 @@ void frmLogin::lblURL_Click()
     OpenInBrowser(seams().serviceBaseUrl + QStringLiteral("password.asp"));
 }
 
-void frmLogin::reject()
+void frmLogin::Form_KeyDown(int key)
 {
-    // Esc anywhere in the window.
-    Run([] { EndProgramNow(0); });
-}
-
-void frmLogin::closeEvent(QCloseEvent* event)
-{
-    event->ignore();
+    if (key == Qt::Key_Escape)
+        Run([] { EndProgramNow(0); });
 }
 
 bool frmLogin::eventFilter(QObject* watched, QEvent* event)
 {
-    if (event->type() == QEvent::MouseButtonRelease) {
-        if (watched == lblSignUp1 || watched == lblSignUp2) {
-            Run([this] { emit DoSignup(); });
-            return true;
-        }
-        if (watched == lblURL) {
-            lblURL_Click();
-            return true;
-        }
-    }
     if (event->type() != QEvent::KeyPress)
-        return QDialog::eventFilter(watched, event);
+        return CSkinWindow::eventFilter(watched, event);
     const auto* key = static_cast<QKeyEvent*>(event);
     if (watched == txtPassword && (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter)) {
-        imgSignIn->click();
+        // Enter acts as a release on imgSignIn.
+        if (imgSignIn->isEnabled())
+            emit imgSignIn->Released();
         return true;
     }
     if (watched == txtMobileNumber && key->key() != Qt::Key_Backspace && key->key() != Qt::Key_Escape &&
@@ -130,5 +110,5 @@ bool frmLogin::eventFilter(QObject* watched, QEvent* event)
         const QChar c = key->text().front();
         return !(c >= QLatin1Char('0') && c <= QLatin1Char('9'));
     }
-    return QDialog::eventFilter(watched, event);
+    return CSkinWindow::eventFilter(watched, event);
 }

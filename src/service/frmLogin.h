@@ -3,48 +3,43 @@
 // labels and the forgotten-password link. It decides nothing itself: it
 // raises OKClicked, CancelClicked and DoSignup to its owner, CLoginManager.
 // Esc ends the program at once; the window closes no other way.
-#include <QDialog>
-#include <QString>
+#include "skin/CSkinWindow.h"
 
 class QLabel;
 class QLineEdit;
-class QPushButton;
 class QTimer;
 
-class frmLogin : public QDialog {
+class frmLogin : public CSkinWindow {
     Q_OBJECT
 public:
-    explicit frmLogin(QWidget* parent = nullptr);
+    frmLogin();
 
-    QLineEdit* txtMobileNumber;
-    QLineEdit* txtPassword;
-    QPushButton* imgSignIn;
-    QPushButton* imgCancel;
-    QLabel* lblSignUp1;
-    QLabel* lblSignUp2;
-    QLabel* lblURL;
-    QLabel* imgTalkingToServer;
-    QTimer* Timer1;
-
-    // Shows the window modally; returns once it is hidden.
-    void Show();
+    // The controls the logic touches; made by Load.
+    QLineEdit* txtMobileNumber = nullptr;
+    QLineEdit* txtPassword = nullptr;
+    CPictureButton* imgSignIn = nullptr;
+    CPictureButton* imgCancel = nullptr;
+    QLabel* lblSignUp1 = nullptr;
+    QLabel* lblSignUp2 = nullptr;
+    QLabel* lblURL = nullptr;
+    QLabel* imgTalkingToServer = nullptr;
+    QTimer* Timer1 = nullptr;
 
 signals:
     void OKClicked();
     void CancelClicked();
     void DoSignup();
 
-public slots:
-    void reject() override;
-
 protected:
+    void Form_Load() override;
+    void Form_KeyDown(int key) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
-    void closeEvent(QCloseEvent* event) override;
 
 private:
     void Timer1_Timer();
     void lblURL_Click();
-    // Runs one event of the window; a test's end of the program closes it.
+    // Runs one event of the window; where a test lets the program's end
+    // return, the window goes so that the modal Show returns too.
     template <class Handler>
     void Run(Handler&& handler);
 };

@@ -11,6 +11,7 @@
 #include <QPlainTextEdit>
 #include <QPointer>
 #include <QStringList>
+#include <QTest>
 #include <QTimer>
 #include <QWidget>
 #include <functional>
@@ -30,12 +31,21 @@ public:
         mSteps.append({window, std::move(step)});
         return *this;
     }
-    // Presses a control of the window, through the event queue.
+    // Presses and releases the mouse on a control of the window, through the event queue.
     static Step press(const QString& control)
     {
         return [control](QWidget* window) {
             if (QWidget* child = window->findChild<QWidget*>(control))
-                QMetaObject::invokeMethod(child, "click", Qt::QueuedConnection);
+                QMetaObject::invokeMethod(child, [child] { QTest::mouseClick(child, Qt::LeftButton); },
+                                          Qt::QueuedConnection);
+        };
+    }
+
+    // Types a key into the window, through the event queue.
+    static Step key(Qt::Key k)
+    {
+        return [k](QWidget* window) {
+            QMetaObject::invokeMethod(window, [window, k] { QTest::keyClick(window, k); }, Qt::QueuedConnection);
         };
     }
 

@@ -143,7 +143,7 @@ private slots:
         seams().serviceBaseUrl = base;
         SaveAppSetting("Logging", "1", kSettings);
         DialogAnswerer answerer;
-        answerer.answer("frmGenericOKDialog", "picOK");
+        answerer.answer("frmGenericOKDialog", "Enter");
         QString params = "MobileNumber=1";
         CHTTPCall call;
         QCOMPARE(call.GetPage(ptLookupMobileNumber, params, true, kServiceTimeOut), kServerUnreachable);
@@ -240,7 +240,7 @@ private slots:
     {
         QFETCH(QString, post);
         DialogAnswerer answerer;
-        answerer.answer("frmGenericOKDialog", "picOK");
+        answerer.answer("frmGenericOKDialog", "Enter");
         const QString file = ground->tempFolder() + "/never.jpg";
         CHTTPCall call;
         QCOMPARE(call.SendHTTP(QString("https://127.0.0.1:%1/x").arg(ClosedPort()), true, post, file, 2000), QString());
