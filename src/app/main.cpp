@@ -2,6 +2,7 @@
 #include "core/modKillProcess.h"
 #include "core/modStartup.h"
 #include "core/seams.h"
+#include "service/CLoginManager.h"
 
 #include <QApplication>
 #include <QTimer>
@@ -11,6 +12,7 @@ int main(int argc, char** argv)
 {
     QApplication app(argc, argv);
     seams().killProcess = KillProcess;
+    RegisterLogin();
     QTimer::singleShot(0, &app, [] {
         SubMain();
         // A road that opened no window leaves nothing to wait for.
