@@ -3,6 +3,7 @@
 #include "core/modStartup.h"
 #include "core/seams.h"
 #include "editing/frmMain.h"
+#include "service/CLoginManager.h"
 
 #include <QApplication>
 #include <QTimer>
@@ -17,6 +18,7 @@ int main(int argc, char** argv)
         form.Load();
         return static_cast<QWidget*>(&form);
     };
+    RegisterLogin();
     QTimer::singleShot(0, &app, [] {
         SubMain();
         // A road that opened no window leaves nothing to wait for.

@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QDesktopServices>
 #include <QDir>
+#include <QStandardPaths>
 #include <QUrl>
 #include <cstdlib>
 
@@ -20,6 +21,11 @@ Seams DefaultSeams()
     s.killProcess = nullptr;  // set by the program once process killing is linked in
     s.mainWindow = nullptr;   // set by the main window's module
     s.serviceBaseUrl = QStringLiteral("https://127.0.0.1:8443/");
+    // The bundled service makes its own certificate on first start, in its
+    // data folder; the program trusts that one certificate besides the
+    // system's authorities.
+    s.serviceCertificateFile = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+                               QStringLiteral("/quillotone-service/service.crt");
     return s;
 }
 

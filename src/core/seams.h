@@ -17,6 +17,7 @@ struct Seams {
     std::function<bool(const QString&)> killProcess;       // KillProcess(name)
     std::function<QWidget*()> mainWindow;                  // loads the main window if need be
     QString serviceBaseUrl;                                // https base of the web service
+    QString serviceCertificateFile;                        // PEM the service's TLS identity is checked against
 };
 
 // The live seams. Defaults() gives the production values.

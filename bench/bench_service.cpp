@@ -1,0 +1,102 @@
+// Load on our web service from other processes on loopback: the service runs
+// on a free port with a fresh data folder, quillotone-service-load drives it
+// over keep-alive TLS connections. Logins a second and uploads a second of a
+// 150 KB tone, each with its p99 latency, the service's peak memory, and the
+// uploads the service acknowledged but did not store (which must be 0).
+#include "Bench.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+
+namespace {
+constexpr int kConnections = 4;
+const QString kSeconds = QStringLiteral("3");
+
+struct LoadFigures {
+    double loginsPerSecond = -1, loginP99 = -1, uploadsPerSecond = -1, uploadP99 = -1, peakMegabytes = -1,
+           lostUploads = -1;
+};
+
+QString Program(const QString& name)
+{
+    return QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("../bin/") + name);
+}
+
+// "key=value" out of the load client's line.
+double Value(const QString& line, const QString& key)
+{
+    const auto m = QRegularExpression(key + QStringLiteral("=([0-9.]+)")).match(line);
+    return m.hasMatch() ? m.captured(1).toDouble() : -1;
+}
+
+QString RunLoad(const QString& base, const QString& certificate, const QString& kind)
+{
+    QProcess load;
+    load.start(Program(QStringLiteral("quillotone-service-load")),
+               {base, certificate, kind, QStringLiteral("0412345678"), QStringLiteral("benchpass"),
+                QString::number(kConnections), kSeconds});
+    load.waitForFinished(60000);
+    return QString::fromLatin1(load.readAllStandardOutput());
+}
+
+double PeakMegabytes(qint64 pid)
+{
+    QFile status(QStringLiteral("/proc/%1/status").arg(pid));
+    if (!status.open(QIODevice::ReadOnly))
+        return -1;
+    const auto m = QRegularExpression(QStringLiteral("VmHWM:\\s+(\\d+) kB")).match(QString::fromLatin1(status.readAll()));
+    return m.hasMatch() ? m.captured(1).toDouble() / 1024 : -1;
+}
+
+const LoadFigures& Figures()
+{
+    static const LoadFigures figures = [] {
+        LoadFigures f;
+        QTemporaryDir data;
+        QProcess service;
+        service.start(Program(QStringLiteral("quillotone-service")),
+                      {QStringLiteral("--listen"), QStringLiteral("127.0.0.1:0"), QStringLiteral("--data"), data.path(),
+                       QStringLiteral("--demo-account"), QStringLiteral("0412345678:benchpass")});
+        if (!service.waitForStarted(10000))
+            return f;
+        while (!service.canReadLine() && service.waitForReadyRead(30000)) {
+        }
+        const QString line = QString::fromUtf8(service.readLine());
+        const QString base = line.mid(line.indexOf(QStringLiteral("https://"))).trimmed();
+        const QString certificate = data.filePath(QStringLiteral("service.crt"));
+
+        const QString logins = RunLoad(base, certificate, QStringLiteral("login"));
+        f.loginsPerSecond = Value(logins, QStringLiteral("rate"));
+        f.loginP99 = Value(logins, QStringLiteral("p99_ms"));
+        const QString uploads = RunLoad(base, certificate, QStringLiteral("upload"));
+        f.uploadsPerSecond = Value(uploads, QStringLiteral("rate"));
+        f.uploadP99 = Value(uploads, QStringLiteral("p99_ms"));
+        f.peakMegabytes = PeakMegabytes(service.processId());
+        const double acknowledged = Value(uploads, QStringLiteral("requests")) - Value(uploads, QStringLiteral("failed"));
+        const double stored = QDir(data.filePath(QStringLiteral("tones"))).entryList({QStringLiteral("*.amr")}).size();
+        f.lostUploads = acknowledged - stored;
+
+        service.terminate();
+        service.waitForFinished(10000);
+        return f;
+    }();
+    return figures;
+}
+
+const bool logins = RegisterBench(QStringLiteral("Service_Logins"),
+                                  [] { return BenchFigure{Figures().loginsPerSecond, QStringLiteral("logins/s")}; });
+const bool loginP99 = RegisterBench(QStringLiteral("Service_LoginP99"),
+                                    [] { return BenchFigure{Figures().loginP99, QStringLiteral("ms")}; });
+const bool uploads = RegisterBench(QStringLiteral("Service_Uploads150KB"),
+                                   [] { return BenchFigure{Figures().uploadsPerSecond, QStringLiteral("uploads/s")}; });
+const bool uploadP99 = RegisterBench(QStringLiteral("Service_UploadP99"),
+                                     [] { return BenchFigure{Figures().uploadP99, QStringLiteral("ms")}; });
+const bool peak = RegisterBench(QStringLiteral("Service_PeakMemory"),
+                                [] { return BenchFigure{Figures().peakMegabytes, QStringLiteral("MB")}; });
+const bool lost = RegisterBench(QStringLiteral("Service_UploadsLost"),
+                                [] { return BenchFigure{Figures().lostUploads, QStringLiteral("uploads")}; });
+}  // namespace

@@ -1,0 +1,131 @@
+#include "service/CHTTPCall.h"
+
+#include "core/CError.h"
+#include "core/MsgBox.h"
+#include "core/codepage.h"
+#include "core/modCommon.h"
+#include "core/seams.h"
+#include "service/WebClient.h"
+#include "skin/CDialog.h"
+#include "skin/frmGenericOKDialog.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QVersionNumber>
+
+namespace {
+const QString kUnreachableMessage =
+    QStringLiteral("The Quillo Tone server cannot be reached. Please check your Internet connection.");
+const QString kSendFailedMessage = QStringLiteral("An error occured connecting to Quillotone - please try again.");
+
+// The program's version as major.minor.revision, plain decimals.
+QString ProgramVersion()
+{
+    const QVersionNumber v = QVersionNumber::fromString(QCoreApplication::applicationVersion());
+    return QStringLiteral("%1.%2.%3").arg(v.majorVersion()).arg(v.minorVersion()).arg(v.microVersion());
+}
+}  // namespace
+
+CHTTPCall::CHTTPCall() = default;
+CHTTPCall::~CHTTPCall() = default;
+
+QString CHTTPCall::PagePath(int32_t PageType, const QString& Params)
+{
+    switch (PageType) {
+    case ptServiceProviderList: return QStringLiteral("GetServiceProviderList.asp?CountryID=") + Params;
+    case ptTerminalVendorList: return QStringLiteral("GetTerminalVendorList.asp");
+    case ptTerminalTypeList: return QStringLiteral("GetTerminalTypeList.asp?TerminalVendorID=") + Params;
+    case ptCountryList: return QStringLiteral("GetCountryList.asp");
+    case ptLogin: return QStringLiteral("Login.asp?") + Params;
+    case ptAddCustomer: return QStringLiteral("AddCustomer.asp?") + Params;
+    case ptActivateCustomer: return QStringLiteral("ActivateCustomer.asp?") + Params;
+    case ptReferFriends: return QStringLiteral("ReferFriends.asp?") + Params;
+    case ptPostSongData: return QStringLiteral("PostSongData.asp?") + Params;
+    case ptLookupMobileNumber: return QStringLiteral("LookupMobileNumber.asp?") + Params;
+    case ptSend: return QStringLiteral("Send.asp?") + Params;
+    case ptAnnouncementRead: return QStringLiteral("AnnouncementRead.asp?") + Params;
+    case ptUpdateTID: return QStringLiteral("UpdateTID.asp?") + Params;
+    case ptDeleteTID: return QStringLiteral("DeleteTID.asp?") + Params;
+    case ptCheckVersion: return QStringLiteral("CheckVersion.asp?Version=") + ProgramVersion();
+    default: return {};
+    }
+}
+
+void CHTTPCall::MakeClient()
+{
+    if (mobjHTTP)
+        return;
+    mobjHTTP = std::make_unique<WebClient>();
+    connect(mobjHTTP.get(), &WebClient::State, this, &CHTTPCall::mobjHTTP_State);
+}
+
+void CHTTPCall::mobjHTTP_State()
+{
+    // Asked and let be: nothing here depends on the state.
+    [[maybe_unused]] const int state = mobjHTTP->state();
+}
+
+QString CHTTPCall::GetPage(int32_t PageType, QString& Params, bool UseHTTPS, int32_t nTimeOut)
+{
+    try {
+        MakeClient();
+        mstrResponse.clear();
+        mobjHTTP->Timeout = nTimeOut;
+        if (UseHTTPS)
+            mobjHTTP->Security = WebClient::kSecure;
+        Params.remove(QLatin1Char('\''));
+        const QString path = PagePath(PageType, Params);
+        if (!path.isEmpty())
+            mobjHTTP->URL = seams().serviceBaseUrl + path;
+        mobjHTTP->Get(mstrResponse);
+        if (PageType != ptNotLogged) {
+            WriteLog(QStringLiteral("----[ HTTP Call Start ]----"));
+            WriteLog(QStringLiteral("URL: ") + mobjHTTP->URL);
+            WriteLog(QStringLiteral("Response: ") + mstrResponse);
+            WriteLog(QStringLiteral("----[ HTTP Call End ]----"));
+        }
+        return mstrResponse;
+    } catch (const CError& e) {
+        if (e.Number() == WebClient::kNameNotResolved || e.Number() == WebClient::kCannotConnect) {
+            CDialog().Display(kUnreachableMessage, true, nullptr);
+            return kServerUnreachable;
+        }
+        MsgBox(e.Description());
+        return {};
+    }
+}
+
+QString CHTTPCall::SendHTTP(const QString& Params, bool bBinary, const QString& PostData, const QString& FileToCreate,
+                            int32_t nTimeOut)
+{
+    try {
+        MakeClient();
+        mobjHTTP->Timeout = nTimeOut;
+        if (Params.left(5) == QLatin1String("https"))
+            mobjHTTP->Security = WebClient::kSecure;
+        mobjHTTP->URL = Params;
+        QString result;
+        if (!PostData.isEmpty()) {
+            QString reply;
+            mobjHTTP->Post(PostData, reply);
+            result = reply;
+        } else if (bBinary) {
+            mobjHTTP->Get(mbytResponse);
+        } else {
+            mobjHTTP->Get(mstrResponse);
+        }
+        if (!FileToCreate.isEmpty()) {
+            // ReadWrite opens without cutting the file: a shorter reply leaves the old tail.
+            QFile file(FileToCreate);
+            if (!file.open(QIODevice::ReadWrite))
+                throw CError(ErrNo::PathFileAccess, QStringLiteral("Path/File access error"), QStringLiteral("SendHTTP"));
+            const QByteArray bytes = bBinary ? mbytResponse : codepage::ToAnsi(mstrResponse);
+            if (file.write(bytes) != bytes.size())
+                throw CError(ErrNo::DiskFull, QStringLiteral("Disk full"), QStringLiteral("SendHTTP"));
+        }
+        return result;
+    } catch (const CError&) {
+        CDialog().Display(kSendFailedMessage, true, nullptr);
+        return {};
+    }
+}

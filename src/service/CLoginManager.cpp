@@ -1,0 +1,217 @@
+#include "service/CLoginManager.h"
+
+#include "core/CError.h"
+#include "core/StartupParts.h"
+#include "core/frmIntro.h"
+#include "core/globals.h"
+#include "core/modCommon.h"
+#include "core/modEncryption.h"
+#include "core/seams.h"
+#include "core/twips.h"
+#include "service/CAnnouncements.h"
+#include "service/CHTTPCall.h"
+#include "service/frmLogin.h"
+#include "skin/CDialog.h"
+#include "skin/frmGenericOKDialog.h"
+
+#include <QCoreApplication>
+#include <QLabel>
+#include <QLineEdit>
+#include <cmath>
+
+namespace {
+const QString kEnterBoth = QStringLiteral("Please enter your mobile number and password.");
+const QString kInvalidLogin = QStringLiteral("Invalid login. Please try again.");
+const QString kDefaultFormat = QStringLiteral("AMR Narrowband");
+constexpr int kMostFailedAttempts = 5;
+
+QWidget* MainWindow()
+{
+    return seams().mainWindow ? seams().mainWindow() : nullptr;
+}
+
+QWidget* LoginBackground()
+{
+    QWidget* main = MainWindow();
+    return main ? main->findChild<QWidget*>(QStringLiteral("picLoginBackground")) : nullptr;
+}
+
+// A whole number of 16 bits from text: rounded to the nearest, halves to
+// even; anything else is a type mismatch or an overflow.
+int16_t TextToInt16(const QString& text)
+{
+    bool ok = false;
+    const double value = text.trimmed().toDouble(&ok);
+    if (!ok)
+        throw CError(13, QStringLiteral("Type mismatch"));
+    const double rounded = std::nearbyint(value);
+    if (rounded < -32768 || rounded > 32767)
+        throw CError(6, QStringLiteral("Overflow"));
+    return static_cast<int16_t>(rounded);
+}
+
+const QString& Field(const QStringList& fields, qsizetype index)
+{
+    if (index >= fields.size())
+        throw CError(9, QStringLiteral("Subscript out of range"));
+    return fields[index];
+}
+
+// "Origin" as the service gets it: a number, else "0".
+QString Origin()
+{
+    const QString origin = GetAppSetting(QStringLiteral("Origin"), kSettings);
+    bool numeric = false;
+    origin.trimmed().toDouble(&numeric);
+    return numeric ? origin : QStringLiteral("0");
+}
+}  // namespace
+
+void RegisterLogin()
+{
+    startupParts().login = [](const QString& DefaultNumber) {
+        CLoginManager manager;
+        manager.Login(DefaultNumber);
+        return LoginResult{manager.LoggedIn(), manager.DoSignup()};
+    };
+}
+
+CLoginManager::CLoginManager()
+{
+    NewWindow();
+}
+
+CLoginManager::~CLoginManager() = default;
+
+void CLoginManager::NewWindow()
+{
+    mfrmLogin = std::make_unique<frmLogin>();
+    connect(mfrmLogin.get(), &frmLogin::OKClicked, this, &CLoginManager::mfrmLogin_OKClicked);
+    connect(mfrmLogin.get(), &frmLogin::CancelClicked, this, &CLoginManager::mfrmLogin_CancelClicked);
+    connect(mfrmLogin.get(), &frmLogin::DoSignup, this, &CLoginManager::mfrmLogin_DoSignup);
+}
+
+void CLoginManager::Login(const QString& DefaultNumber)
+{
+    NewWindow();
+    mstrDefaultNumber = DefaultNumber;
+    mfrmLogin->Load();
+    CenterOnMainWindow(mfrmLogin.get());
+    QString number = mstrDefaultNumber;
+    if (number.isEmpty())
+        number = GetAppSetting(QStringLiteral("LastPhoneNumber"), kSettings);
+    if (!number.isEmpty()) {
+        mfrmLogin->txtMobileNumber->setText(number);
+        mfrmLogin->txtMobileNumber->setCursorPosition(static_cast<int>(number.size()));
+    }
+    if (QWidget* backdrop = LoginBackground()) {
+        const QWidget* main = backdrop->parentWidget();
+        const int width = mfrmLogin->width() - TwipsToPixelsX(600);
+        const int height = mfrmLogin->height() - TwipsToPixelsY(800);
+        backdrop->setGeometry((main->width() - width) / 2, (main->height() - height) / 2, width, height);
+        backdrop->show();
+    }
+    mfrmLogin->Show(true);
+    // The window has been hidden by one of the three outcomes.
+    mfrmLogin->Unload();
+    mfrmLogin.reset();
+}
+
+void CLoginManager::ReadLoginReply(const QString& reply)
+{
+    ErrObject err;
+    const QStringList fields = reply.split(QLatin1Char(','));
+    ResumeNext(err, [&] { mbLoggedIn = Field(fields, 0) == QLatin1String("1"); });
+    ResumeNext(err, [&] {
+        gintFreeQuills = TextToInt16(Field(fields, 7));
+        if (QWidget* main = MainWindow()) {
+            if (auto* label = main->findChild<QLabel*>(QStringLiteral("lblFreeQuillCount")))
+                label->setText(QString::number(gintFreeQuills));
+        }
+    });
+    ResumeNext(err, [&] { gstrCustomerID = QString::number(TextToInt16(Field(fields, 1))); });
+    ResumeNext(err, [&] { gstrChargeText = Field(fields, 10); });
+    ResumeNext(err, [&] { gstrPreferredFormat = Field(fields, 9); });
+    if (gstrPreferredFormat.isEmpty())
+        gstrPreferredFormat = kDefaultFormat;
+}
+
+void CLoginManager::mfrmLogin_OKClicked()
+{
+    frmLogin* window = mfrmLogin.get();
+    SetFormEnabled(window, false);
+    window->imgTalkingToServer->show();
+    QCoreApplication::processEvents();
+
+    window->txtMobileNumber->setText(window->txtMobileNumber->text().trimmed());
+    if (window->txtMobileNumber->text().isEmpty()) {
+        CDialog().Display(kEnterBoth, true, window);
+        SetFormEnabled(window, true);
+        return;
+    }
+    if (window->txtPassword->text().isEmpty()) {
+        CDialog().Display(kEnterBoth, true, window);
+        SetFormEnabled(window, true);
+        window->txtPassword->setFocus();
+        return;
+    }
+
+    QString query = QStringLiteral("MobileNumber=") + window->txtMobileNumber->text() + QStringLiteral("&Password=") +
+                    window->txtPassword->text() + QStringLiteral("&Origin=") + Origin();
+    CHTTPCall call;
+    const QString reply = call.GetPage(ptLogin, query, true, kServiceTimeOut);
+    if (reply == kServerUnreachable) {
+        SetFormEnabled(window, true);
+        window->imgTalkingToServer->hide();
+        return;
+    }
+    if (!reply.isEmpty()) {
+        ReadLoginReply(reply);
+        gstrPassword = Encrypt(window->txtPassword->text(), gstrMachineKey);
+        gstrMobileNumber = window->txtMobileNumber->text();
+        SaveAppSetting(QStringLiteral("LastPhoneNumber"), gstrMobileNumber, kSettings);
+    }
+
+    CAnnouncements().CheckForAnnouncements();
+
+    if (mbLoggedIn) {
+        if (QWidget* backdrop = LoginBackground()) {
+            backdrop->move(TwipsToPixelsX(15000), backdrop->y());
+            backdrop->hide();
+        }
+        QCoreApplication::processEvents();
+        window->Hide();
+        return;
+    }
+    CDialog().Display(kInvalidLogin, true, window);
+    ++mintFailedAttempts;
+    if (mintFailedAttempts > kMostFailedAttempts)
+        EndProgramNow(0);
+    window->imgTalkingToServer->hide();
+    SetFormEnabled(window, true);
+    window->txtPassword->setFocus();
+}
+
+void CLoginManager::mfrmLogin_CancelClicked()
+{
+    if (QWidget* backdrop = LoginBackground())
+        backdrop->hide();
+    mbCancelled = true;
+    mfrmLogin->Hide();
+}
+
+void CLoginManager::mfrmLogin_DoSignup()
+{
+    mbDoSignup = true;
+    gbSignUpActive = true;
+    mfrmLogin->Hide();
+    if (QWidget* main = MainWindow()) {
+        if (auto* skinned = qobject_cast<CSkinWindow*>(main))
+            skinned->Unload();
+        else
+            main->hide();
+    }
+    frmIntro& intro = IntroWindow();
+    intro.Load();
+    intro.Show(false);
+}

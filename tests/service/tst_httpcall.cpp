@@ -1,0 +1,254 @@
+// CHTTPCall against our real service over TLS, a host that does not exist, a
+// port where nothing listens, a server that never answers and a service whose
+// certificate the program does not trust.
+#include "core/modCommon.h"
+#include "core/seams.h"
+#include "service/CHTTPCall.h"
+#include "support/DialogAnswerer.h"
+#include "support/ServiceFixture.h"
+#include "support/TestGround.h"
+
+#include <QFile>
+#include <QImage>
+#include <QTcpServer>
+#include <QTest>
+#include <QTimer>
+#include <memory>
+
+namespace {
+const QString kUnreachable =
+    "The Quillo Tone server cannot be reached. Please check your Internet connection.";
+const QString kSendFailed = "An error occured connecting to Quillotone - please try again.";
+
+QString ReadFile(const QString& path)
+{
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? QString::fromLatin1(f.readAll()) : QString();
+}
+
+struct PaintCounter : QWidget {
+    int paints = 0;
+    void paintEvent(QPaintEvent*) override { ++paints; }
+};
+
+// A port on loopback where nothing listens.
+quint16 ClosedPort()
+{
+    QTcpServer probe;
+    probe.listen(QHostAddress::LocalHost);
+    return probe.serverPort();
+}
+}  // namespace
+
+class tst_HTTPCall : public QObject {
+    Q_OBJECT
+    std::unique_ptr<ServiceFixture> service;
+    std::unique_ptr<TestGround> ground;
+
+private slots:
+    void initTestCase()
+    {
+        service = std::make_unique<ServiceFixture>();
+        QVERIFY(service->running());
+    }
+    void cleanupTestCase() { service.reset(); }
+    void init()
+    {
+        ground = std::make_unique<TestGround>();
+        seams().serviceBaseUrl = service->baseUrl();
+        seams().serviceCertificateFile = service->certificateFile();
+    }
+    void cleanup() { ground.reset(); }
+
+    void everyPageOfTheTable_data()
+    {
+        QTest::addColumn<int>("pageType");
+        QTest::addColumn<QString>("params");
+        QTest::addColumn<QString>("replyHolds");
+        const QString account = QString("MobileNumber=%1&Password=%2").arg(ServiceFixture::kDemoMobile,
+                                                                           ServiceFixture::kDemoPassword);
+        QTest::addRow("3 networks of a country") << 3 << "1" << "101,Telstra,04,10,10,";
+        QTest::addRow("4 makers, params ignored") << 4 << "1&x=y" << "1,Nokia,";
+        QTest::addRow("5 models of a maker") << 5 << "2" << ",K750i,";
+        QTest::addRow("6 countries, params ignored") << 6 << "junk" << "1,Australia,";
+        QTest::addRow("7 login") << 7 << account + "&Origin=0" << "1,1,Demo,User,";
+        QTest::addRow("9 activation") << 9 << "CustomerID=1&ActivationCode=0" << "0";
+        QTest::addRow("11 song report") << 11 << "CID=1&SongBlob=Rock%7CTitle%7C" << "1";
+        QTest::addRow("12 number lookup") << 12 << QString("MobileNumber=") + ServiceFixture::kDemoMobile << "1";
+        QTest::addRow("13 send again") << 13 << account + "&ToneID=999" << "0,4,";
+        QTest::addRow("15 phone model") << 15 << account + "&TerminalTypeID=2" << "1";
+        QTest::addRow("16 no phone model") << 16 << account << "1";
+        QTest::addRow("17 version, params ignored") << 17 << "junk" << "1";
+    }
+    void everyPageOfTheTable()
+    {
+        QFETCH(int, pageType);
+        QFETCH(QString, params);
+        QFETCH(QString, replyHolds);
+        DialogAnswerer answerer;
+        CHTTPCall call;
+        const QString reply = call.GetPage(pageType, params, true, kServiceTimeOut);
+        QVERIFY2(reply.contains(replyHolds), qPrintable(reply));
+        QVERIFY(answerer.unexpected.isEmpty());
+    }
+
+    void quotesLeaveTheCallersParams()
+    {
+        QString params = QString("MobileNumber=0412'345678&Password=tone'demo&Origin=0");
+        CHTTPCall call;
+        QVERIFY(call.GetPage(ptLogin, params, true, kServiceTimeOut).startsWith("1,"));
+        QCOMPARE(params, QString("MobileNumber=0412345678&Password=tonedemo&Origin=0"));
+    }
+
+    void logLinesAndTheUnloggedPageType()
+    {
+        SaveAppSetting("Logging", "1", kSettings);
+        CHTTPCall call;
+        QString params = "ignored";
+        const QString reply = call.GetPage(ptCountryList, params, true, kServiceTimeOut);
+        // Page type 1 sets no URL: it asks the last page again, and logs nothing.
+        QCOMPARE(call.GetPage(ptNotLogged, params, true, kServiceTimeOut), reply);
+        const QStringList lines = ReadFile(LogFilePath()).split('\n', Qt::SkipEmptyParts);
+        QCOMPARE(lines.size(), 4);
+        QVERIFY(lines[0].endsWith(": ----[ HTTP Call Start ]----"));
+        QVERIFY(lines[1].endsWith(": URL: " + service->baseUrl() + "GetCountryList.asp"));
+        QVERIFY(lines[2].endsWith(": Response: " + reply));
+        QVERIFY(lines[3].endsWith(": ----[ HTTP Call End ]----"));
+    }
+
+    void securityIsOnlyEverSwitchedOn()
+    {
+        QString params;
+        DialogAnswerer answerer;
+        answerer.answer("MsgBox", "OK");
+        CHTTPCall secured;
+        QVERIFY(secured.GetPage(ptCountryList, params, true, kServiceTimeOut).contains("Australia"));
+        QVERIFY(secured.GetPage(ptCountryList, params, false, kServiceTimeOut).contains("Australia"));
+        // Never switched on, the request goes out in plain HTTP, which the service does not speak.
+        CHTTPCall plain;
+        QCOMPARE(plain.GetPage(ptCountryList, params, false, kServiceTimeOut), QString());
+        QVERIFY(answerer.allAnswered());
+        QVERIFY(answerer.unexpected.isEmpty());
+    }
+
+    void unreachableServer_data()
+    {
+        QTest::addColumn<QString>("base");
+        QTest::addRow("host that does not exist") << "https://service.quillotone.invalid/";
+        QTest::addRow("nothing listens") << QString("https://127.0.0.1:%1/").arg(ClosedPort());
+    }
+    void unreachableServer()
+    {
+        QFETCH(QString, base);
+        seams().serviceBaseUrl = base;
+        SaveAppSetting("Logging", "1", kSettings);
+        DialogAnswerer answerer;
+        answerer.answer("frmGenericOKDialog", "Enter");
+        QString params = "MobileNumber=1";
+        CHTTPCall call;
+        QCOMPARE(call.GetPage(ptLookupMobileNumber, params, true, kServiceTimeOut), kServerUnreachable);
+        QVERIFY(answerer.allAnswered());
+        QCOMPARE(answerer.seen.size(), 1);
+        QCOMPARE(answerer.seen[0].text, kUnreachable);
+        QVERIFY(answerer.unexpected.isEmpty());
+        QCOMPARE(ReadFile(LogFilePath()), QString());
+    }
+
+    void serverThatNeverAnswersTimesOutWhileWindowsLive()
+    {
+        QTcpServer silent;
+        QVERIFY(silent.listen(QHostAddress::LocalHost));
+        seams().serviceBaseUrl = QString("https://127.0.0.1:%1/").arg(silent.serverPort());
+        DialogAnswerer answerer;
+        answerer.answer("MsgBox", "OK");
+
+        // Timers run and windows repaint during the call.
+        PaintCounter window;
+        window.show();
+        int ticks = 0;
+        QTimer ticker;
+        QObject::connect(&ticker, &QTimer::timeout, [&] {
+            ++ticks;
+            window.update();
+        });
+        ticker.start(20);
+        QTRY_VERIFY(window.paints > 0);
+        const int paintsBefore = window.paints;
+        CHTTPCall call;
+        QString params;
+        QCOMPARE(call.GetPage(ptCountryList, params, true, 400), QString());
+        QVERIFY(ticks >= 3);
+        QVERIFY(window.paints > paintsBefore);
+        QVERIFY(answerer.allAnswered());
+        QCOMPARE(answerer.seen[0].text, QString("The operation timed out"));
+    }
+
+    void untrustedCertificateIsRefused()
+    {
+        // A service of the same make but another identity than the trusted one.
+        ServiceFixture stranger;
+        QVERIFY(stranger.running());
+        seams().serviceBaseUrl = stranger.baseUrl();
+        seams().serviceCertificateFile = service->certificateFile();
+        DialogAnswerer answerer;
+        answerer.answer("MsgBox", "OK");
+        QString params;
+        CHTTPCall call;
+        QCOMPARE(call.GetPage(ptCountryList, params, true, kServiceTimeOut), QString());
+        QVERIFY(answerer.allAnswered());
+        QVERIFY(answerer.unexpected.isEmpty());
+    }
+
+    void sendHttpPostsAndFetches()
+    {
+        CHTTPCall call;
+        // A POST gives the reply back.
+        const QString body = QString("MobileNumber=%1&Password=%2&xmldata=%3&tonedata1=0A0B0C")
+                                 .arg(ServiceFixture::kDemoMobile, ServiceFixture::kDemoPassword,
+                                      EncodeForUrl("<Message ContentType=\"audio/amr\" Filename=\"1.amr\" "
+                                                   "MobileNumber=\"0412345678\"/>"));
+        const QStringList reply = call.SendHTTP(service->baseUrl() + "SendT2.asp", false, body, {}, kServiceTimeOut)
+                                      .split(',');
+        QCOMPARE(reply.size(), 3);
+        QVERIFY(reply[2].startsWith("https://"));
+
+        // A binary GET goes only to the file, written over the old one from its start.
+        const QString picture = ground->tempFolder() + "/qtc.jpg";
+        QFile old(picture);
+        QVERIFY(old.open(QIODevice::WriteOnly));
+        old.write(QByteArray(200000, 'Z'));
+        old.close();
+        QCOMPARE(call.SendHTTP(service->baseUrl() + "qtc/JpegImage.aspx?1A2B3C4", true, {}, picture, kServiceTimeOut),
+                 QString());
+        QFile written(picture);
+        QVERIFY(written.open(QIODevice::ReadOnly));
+        const QByteArray bytes = written.readAll();
+        QCOMPARE(bytes.size(), 200000);
+        QVERIFY(bytes.startsWith("\xFF\xD8"));
+        QVERIFY(bytes.endsWith("ZZZZ"));
+        QImage image;
+        QVERIFY(image.load(picture, "JPEG"));
+    }
+
+    void sendHttpFailures_data()
+    {
+        QTest::addColumn<QString>("post");
+        QTest::addRow("post") << "a=b";
+        QTest::addRow("get") << "";
+    }
+    void sendHttpFailures()
+    {
+        QFETCH(QString, post);
+        DialogAnswerer answerer;
+        answerer.answer("frmGenericOKDialog", "Enter");
+        const QString file = ground->tempFolder() + "/never.jpg";
+        CHTTPCall call;
+        QCOMPARE(call.SendHTTP(QString("https://127.0.0.1:%1/x").arg(ClosedPort()), true, post, file, 2000), QString());
+        QVERIFY(answerer.allAnswered());
+        QCOMPARE(answerer.seen[0].text, kSendFailed);
+        QVERIFY(!QFile::exists(file));
+    }
+};
+
+QTEST_MAIN(tst_HTTPCall)
+#include "tst_httpcall.moc"

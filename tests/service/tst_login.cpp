@@ -1,0 +1,356 @@
+// CLoginManager and CAnnouncements against our real service over TLS, and the
+// reading of every kind of login reply, malformed ones included.
+#include "core/globals.h"
+#include "core/modCommon.h"
+#include "core/modEncryption.h"
+#include "core/seams.h"
+#include "service/CAnnouncements.h"
+#include "service/CLoginManager.h"
+#include "core/frmIntro.h"
+#include "skin/CPictureButton.h"
+#include "service/frmLogin.h"
+#include "support/ServiceFixture.h"
+#include "support/TestGround.h"
+#include "WindowScript.h"
+
+#include <QFile>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTcpServer>
+#include <QTest>
+#include <memory>
+
+namespace {
+const QString kDemo = ServiceFixture::kDemoMobile;
+const QString kDemoPassword = ServiceFixture::kDemoPassword;
+
+WindowScript::Step SignIn(const QString& number, const QString& password)
+{
+    return [number, password](QWidget* w) {
+        auto* window = static_cast<frmLogin*>(w);
+        window->txtMobileNumber->setText(number);
+        window->txtPassword->setText(password);
+        QMetaObject::invokeMethod(
+            window->imgSignIn, [button = window->imgSignIn] { QTest::mouseClick(button, Qt::LeftButton); },
+            Qt::QueuedConnection);
+    };
+}
+
+QStringList LogLines()
+{
+    QFile f(LogFilePath());
+    return f.open(QIODevice::ReadOnly) ? QString::fromLatin1(f.readAll()).split('\n', Qt::SkipEmptyParts)
+                                       : QStringList();
+}
+
+int Requests(const QString& page)
+{
+    return static_cast<int>(LogLines().filter(": URL: ").filter(page).size());
+}
+}  // namespace
+
+class tst_Login : public QObject {
+    Q_OBJECT
+    std::unique_ptr<ServiceFixture> service;
+    std::unique_ptr<TestGround> ground;
+    std::unique_ptr<QWidget> mainWindow;
+
+private slots:
+    void initTestCase()
+    {
+        service = std::make_unique<ServiceFixture>();
+        QVERIFY(service->running());
+    }
+    void cleanupTestCase() { service.reset(); }
+    void init()
+    {
+        ground = std::make_unique<TestGround>();
+        seams().serviceBaseUrl = service->baseUrl();
+        seams().serviceCertificateFile = service->certificateFile();
+        gstrMachineKey = "0123456789ABCDEF";
+        SaveAppSetting("Logging", "1", kSettings);
+        // A stand-in main window with the two controls login touches.
+        mainWindow = std::make_unique<QWidget>();
+        mainWindow->resize(800, 600);
+        auto* count = new QLabel("-", mainWindow.get());
+        count->setObjectName("lblFreeQuillCount");
+        auto* backdrop = new QWidget(mainWindow.get());
+        backdrop->setObjectName("picLoginBackground");
+        backdrop->hide();
+        seams().mainWindow = [this] { return mainWindow.get(); };
+    }
+    void cleanup()
+    {
+        DropStartupWindows();
+        mainWindow.reset();
+        ground.reset();
+    }
+
+    void readLoginReply_data()
+    {
+        QTest::addColumn<QString>("reply");
+        QTest::addColumn<bool>("loggedIn");
+        QTest::addColumn<QString>("customerId");
+        QTest::addColumn<int>("freeQuills");
+        QTest::addColumn<QString>("label");
+        QTest::addColumn<QString>("format");
+        QTest::addColumn<QString>("charge");
+        // Before each: quills 9, id "", charge "old", format "".
+        QTest::addRow("eleven fields") << "1,42,Kim,Lee,1,101,1,3,2,MP3,It costs A$2." << true << "42" << 3 << "3"
+                                       << "MP3" << "It costs A$2.";
+        QTest::addRow("verdict alone") << "1" << true << "" << 9 << "-" << "AMR Narrowband" << "old";
+        QTest::addRow("refused") << "0" << false << "" << 9 << "-" << "AMR Narrowband" << "old";
+        QTest::addRow("quills over 16 bits") << "1,42,a,b,c,d,e,40000,f,WAV,x" << true << "42" << 9 << "-" << "WAV"
+                                             << "x";
+        QTest::addRow("id over 16 bits") << "1,32768,a,b,c,d,e,2,f,WAV,x" << true << "" << 2 << "2" << "WAV" << "x";
+        QTest::addRow("id loses its zeros") << "1,0042,a,b,c,d,e,2,f,,x" << true << "42" << 2 << "2"
+                                            << "AMR Narrowband" << "x";
+        QTest::addRow("quills rounded, half to even") << "1,1,a,b,c,d,e,2.5" << true << "1" << 2 << "2"
+                                                      << "AMR Narrowband" << "old";
+        QTest::addRow("quills not a number") << "1,1,a,b,c,d,e,lots,f,MP3,y" << true << "1" << 9 << "-" << "MP3"
+                                             << "y";
+        QTest::addRow("binary junk") << QString::fromLatin1("\x01\xff\x00,\x7f", 5) << false << "" << 9 << "-"
+                                     << "AMR Narrowband" << "old";
+        QTest::addRow("huge field") << "1,7,a,b,c,d,e,1,f,MP3," + QString(200000, 'z') << true << "7" << 1 << "1"
+                                    << "MP3" << QString(200000, 'z');
+    }
+    void readLoginReply()
+    {
+        QFETCH(QString, reply);
+        gintFreeQuills = 9;
+        gstrChargeText = "old";
+        CLoginManager manager;
+        manager.ReadLoginReply(reply);
+        QTEST(manager.LoggedIn(), "loggedIn");
+        QTEST(gstrCustomerID, "customerId");
+        QTEST(int(gintFreeQuills), "freeQuills");
+        QTEST(mainWindow->findChild<QLabel*>("lblFreeQuillCount")->text(), "label");
+        QTEST(gstrPreferredFormat, "format");
+        QTEST(gstrChargeText, "charge");
+    }
+
+    void loginFillsTheSessionAndReadsAnnouncementsOnce()
+    {
+        auto script = std::make_unique<WindowScript>();
+        script->when("frmLogin", SignIn(kDemo, kDemoPassword))
+            .when("frmAnnouncements", WindowScript::press("imgOK"));
+        CLoginManager manager;
+        manager.Login({});
+        QVERIFY(script->done());
+        QVERIFY2(script->unexpected.isEmpty(), qPrintable(script->unexpected.join('|')));
+        QVERIFY(script->seen[1].contains("This is the demo account"));
+        QVERIFY(script->seen[1].contains("free quills to try.\n"));
+        script.reset();
+        QVERIFY(manager.LoggedIn());
+        QVERIFY(!manager.Cancelled() && !manager.DoSignup());
+        QCOMPARE(manager.FailedAttempts(), int16_t(0));
+        QCOMPARE(gstrCustomerID, QString("1"));
+        QCOMPARE(gstrMobileNumber, kDemo);
+        QCOMPARE(Decrypt(gstrPassword, gstrMachineKey), kDemoPassword);
+        QVERIFY(gstrPassword != kDemoPassword);
+        QCOMPARE(gintFreeQuills, int16_t(5));
+        QCOMPARE(mainWindow->findChild<QLabel*>("lblFreeQuillCount")->text(), QString("5"));
+        QCOMPARE(gstrPreferredFormat, QString("AMR Narrowband"));
+        QVERIFY(gstrChargeText.contains("A$"));
+        QCOMPARE(GetAppSetting("LastPhoneNumber", kSettings), kDemo);
+        QVERIFY(!mainWindow->findChild<QWidget*>("picLoginBackground")->isVisible());
+        QVERIFY(LogLines().filter("Origin=0").size() == 1);
+        // One announcement window, two requests; the next login finds none.
+        QCOMPARE(Requests("AnnouncementRead.asp"), 2);
+        WindowScript again;
+        again.when("frmLogin", SignIn(kDemo, kDemoPassword));
+        CLoginManager second;
+        second.Login({});
+        QVERIFY(second.LoggedIn());
+        QVERIFY(again.unexpected.isEmpty());
+        QCOMPARE(Requests("AnnouncementRead.asp"), 3);
+    }
+
+    void rejectedLoginIsCountedAndRemembered()
+    {
+        WindowScript script;
+        script.when("frmLogin", SignIn("0499999999", "wrong"))
+            .when("frmGenericOKDialog", WindowScript::key(Qt::Key_Return))
+            .when("frmLogin", WindowScript::press("imgCancel"));
+        CLoginManager manager;
+        manager.Login({});
+        QVERIFY(script.done());
+        QVERIFY(script.unexpected.isEmpty());
+        QVERIFY(script.seen[1].endsWith("Invalid login. Please try again."));
+        QVERIFY(!manager.LoggedIn());
+        QVERIFY(manager.Cancelled());
+        QCOMPARE(manager.FailedAttempts(), int16_t(1));
+        // The number tried is remembered, and the announcement check ran with it.
+        QCOMPARE(GetAppSetting("LastPhoneNumber", kSettings), QString("0499999999"));
+        QVERIFY(LogLines().filter("AnnouncementRead.asp?MobileNumber=0499999999&Password=wrong").size() == 1);
+        QVERIFY(ground->endCodes.isEmpty());
+    }
+
+    void sixthRejectionEndsTheProgram_data()
+    {
+        QTest::addColumn<int>("rejections");
+        QTest::addRow("five") << 5;
+        QTest::addRow("six") << 6;
+    }
+    void sixthRejectionEndsTheProgram()
+    {
+        QFETCH(int, rejections);
+        WindowScript script;
+        for (int i = 0; i < rejections; ++i)
+            script.when("frmLogin", SignIn(kDemo, "wrong")).when("frmGenericOKDialog", WindowScript::key(Qt::Key_Return));
+        if (rejections < 6)
+            script.when("frmLogin", WindowScript::press("imgCancel"));
+        CLoginManager manager;
+        manager.Login({});
+        QVERIFY(script.done());
+        QCOMPARE(manager.FailedAttempts(), int16_t(rejections));
+        QCOMPARE(ground->endCodes.size(), rejections == 6 ? 1 : 0);
+    }
+
+    void emptyFieldsAskForBoth_data()
+    {
+        QTest::addColumn<QString>("number");
+        QTest::addColumn<QString>("password");
+        QTest::addRow("no number") << "   " << "x";
+        QTest::addRow("no password") << kDemo << "";
+    }
+    void emptyFieldsAskForBoth()
+    {
+        QFETCH(QString, number);
+        QFETCH(QString, password);
+        WindowScript script;
+        script.when("frmLogin", SignIn(number, password))
+            .when("frmGenericOKDialog", WindowScript::key(Qt::Key_Return))
+            .when("frmLogin", WindowScript::press("imgCancel"));
+        CLoginManager manager;
+        manager.Login({});
+        QVERIFY(script.done());
+        QVERIFY(script.seen[1].endsWith("Please enter your mobile number and password."));
+        QCOMPARE(manager.FailedAttempts(), int16_t(0));
+        QCOMPARE(Requests("Login.asp"), 0);
+    }
+
+    void unreachableServiceStaysInTheWindow()
+    {
+        QTcpServer probe;
+        probe.listen(QHostAddress::LocalHost);
+        seams().serviceBaseUrl = QString("https://127.0.0.1:%1/").arg(probe.serverPort());
+        probe.close();
+        WindowScript script;
+        script.when("frmLogin", SignIn(kDemo, kDemoPassword))
+            .when("frmGenericOKDialog", WindowScript::key(Qt::Key_Return))
+            .when("frmLogin", WindowScript::press("imgCancel"));
+        CLoginManager manager;
+        manager.Login({});
+        QVERIFY(script.done());
+        QVERIFY(script.unexpected.isEmpty());
+        QVERIFY(script.seen[1].contains("cannot be reached"));
+        QCOMPARE(manager.FailedAttempts(), int16_t(0));
+        QCOMPARE(GetAppSetting("LastPhoneNumber", kSettings), QString());
+    }
+
+    void originGoesOutAsANumber_data()
+    {
+        QTest::addColumn<QString>("setting");
+        QTest::addColumn<QString>("sent");
+        QTest::addRow("absent") << "" << "&Origin=0";
+        QTest::addRow("numeric") << "17" << "&Origin=17";
+        QTest::addRow("text") << "partner" << "&Origin=0";
+    }
+    void originGoesOutAsANumber()
+    {
+        QFETCH(QString, setting);
+        QFETCH(QString, sent);
+        if (!setting.isEmpty())
+            SaveAppSetting("Origin", setting, kSettings);
+        WindowScript script;
+        script.when("frmLogin", SignIn(kDemo, kDemoPassword));
+        CLoginManager manager;
+        manager.Login({});
+        QVERIFY(manager.LoggedIn());
+        QVERIFY(LogLines().filter("Login.asp?").first().endsWith(sent));
+    }
+
+    void windowChoices()
+    {
+        // Sign-up leaves for the intro window.
+        mainWindow->show();
+        {
+            WindowScript signup;
+            signup.when("frmLogin", [](QWidget* w) {
+                QTest::mouseClick(static_cast<frmLogin*>(w)->lblSignUp2, Qt::LeftButton);
+            });
+            CLoginManager first;
+            first.Login({});
+            QVERIFY(first.DoSignup() && !first.LoggedIn());
+            QVERIFY(gbSignUpActive);
+            QVERIFY(!mainWindow->isVisible());
+            QVERIFY(IntroWindow().isVisible());
+            IntroWindow().Hide();
+        }
+
+        // The forgotten-password link opens the service's page and stays; Esc ends the program.
+        SaveAppSetting("LastPhoneNumber", "0411000111", kSettings);
+        QString shownNumber;
+        WindowScript other;
+        other.when("frmLogin", [&](QWidget* w) {
+            auto* window = static_cast<frmLogin*>(w);
+            shownNumber = window->txtMobileNumber->text();
+            QTest::mouseClick(window->lblURL, Qt::LeftButton);
+            QTest::keyClick(window, Qt::Key_Escape);
+        });
+        CLoginManager second;
+        second.Login({});
+        QCOMPARE(shownNumber, QString("0411000111"));
+        QCOMPARE(ground->openedUrls, QStringList{service->baseUrl() + "password.asp"});
+        QCOMPARE(ground->endCodes, QList<int>{0});
+    }
+
+    void numberTakesDigitsAndEnterSignsIn()
+    {
+        QString typed;
+        WindowScript script;
+        script.when("frmLogin", [&](QWidget* w) {
+            auto* window = static_cast<frmLogin*>(w);
+            window->txtMobileNumber->clear();
+            QTest::keyClicks(window->txtMobileNumber, "04a12-3 456x78");
+            QTest::keyClick(window->txtMobileNumber, Qt::Key_Backspace);
+            QTest::keyClicks(window->txtMobileNumber, "8");
+            typed = window->txtMobileNumber->text();
+            window->txtMobileNumber->setText(kDemo);
+            window->txtPassword->setText(kDemoPassword);
+            QTest::keyClick(window->txtPassword, Qt::Key_Return);
+        });
+        CLoginManager manager;
+        manager.Login("0400000000");
+        QCOMPARE(typed, QString("0412345678"));
+        QVERIFY(manager.LoggedIn());
+    }
+
+    void threeAnnouncementsThreeWindowsFourRequests()
+    {
+        const QString id = service->addActiveCustomer("0400000101", "secret99", "Ann");
+        QVERIFY(!id.isEmpty());
+        service->get("ReferFriends.asp?refCustomerID=" + id +
+                     "&FirstName1=Bo&MobileNumber1=0400000102&FirstName2=Cy&MobileNumber2=0400000103&");
+        QVERIFY(!service->addActiveCustomer("0400000102", "secret99", "Bo").isEmpty());
+        QVERIFY(!service->addActiveCustomer("0400000103", "secret99", "Cy").isEmpty());
+        gstrMobileNumber = "0400000101";
+        gstrPassword = Encrypt("secret99", gstrMachineKey);
+        WindowScript script;
+        script.when("frmAnnouncements", WindowScript::press("imgOK"))
+            .when("frmAnnouncements", [](QWidget* w) { QTest::keyClick(w, Qt::Key_Escape); })
+            .when("frmAnnouncements", [](QWidget* w) { QTest::mouseClick(w, Qt::LeftButton, {}, QPoint(2, 2)); });
+        CAnnouncements().CheckForAnnouncements();
+        QVERIFY(script.done());
+        QVERIFY(script.unexpected.isEmpty());
+        QVERIFY(script.seen[0].contains("Welcome to Quillo Tone, Ann!\nYour first 3 tones"));
+        QVERIFY(script.seen[1].contains("Your friend Bo has joined"));
+        QVERIFY(script.seen[2].contains("Your friend Cy has joined"));
+        QCOMPARE(Requests("AnnouncementRead.asp?MobileNumber=0400000101&Password=secret99"), 4);
+    }
+};
+
+QTEST_MAIN(tst_Login)
+#include "tst_login.moc"

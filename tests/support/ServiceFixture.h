@@ -1,0 +1,59 @@
+#pragma once
+// Our web service for a test: quillotone-service on a free loopback port with
+// a data folder of its own and the demo account, over real TLS. The program's
+// seams point at it (base URL and trusted certificate) while it runs.
+// A restart keeps the data folder, as a real restart would.
+#include <QByteArray>
+#include <QProcess>
+#include <QString>
+#include <QTemporaryDir>
+
+class ServiceFixture {
+public:
+    static constexpr char kDemoMobile[] = "0412345678";
+    static constexpr char kDemoPassword[] = "tonedemo";
+
+    // Starts the service; extra arguments go on its command line.
+    explicit ServiceFixture(const QStringList& extraArgs = {});
+    ~ServiceFixture();
+    ServiceFixture(const ServiceFixture&) = delete;
+    ServiceFixture& operator=(const ServiceFixture&) = delete;
+
+    bool running() const { return mProcess.state() == QProcess::Running && !mBaseUrl.isEmpty(); }
+    // Stops the service cleanly and starts it again on the same data.
+    bool restart();
+    void stop();
+
+    QString baseUrl() const { return mBaseUrl; }  // "https://127.0.0.1:PORT/"
+    QString dataFolder() const { return mData.path(); }
+    QString certificateFile() const { return mData.filePath(QStringLiteral("service.crt")); }
+    qint64 pid() const { return mProcess.processId(); }
+
+    // A plain client of our own, trusting the service's certificate.
+    struct Reply {
+        int status = 0;  // 0 when no HTTP answer came
+        QByteArray body;
+        QByteArray contentType;
+        QString error;
+    };
+    Reply get(const QString& pathAndQuery) const;
+    Reply post(const QString& path, const QByteArray& body,
+               const QByteArray& contentType = "application/x-www-form-urlencoded") const;
+
+    // Every text message in the outbox page, newest first, as "mobile: text".
+    QStringList outbox() const;
+    // Signs up and activates a customer with an Australian Telstra number.
+    // Returns the customer id, or empty on failure.
+    QString addActiveCustomer(const QString& mobile, const QString& password, const QString& firstName = "Kim");
+
+    static QString servicePath();
+
+private:
+    bool start();
+    Reply request(const QString& url, const QByteArray* postBody, const QByteArray& contentType) const;
+
+    QTemporaryDir mData;
+    QStringList mArgs;
+    QProcess mProcess;
+    QString mBaseUrl;
+};
