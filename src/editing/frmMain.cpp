@@ -514,11 +514,6 @@ void frmMain::cmdSend_Released()
     SendTone();
 }
 
-void frmMain::SendTone()
-{
-    notThereYet(QStringLiteral("Sending tones"));
-}
-
 void frmMain::lblLastURL_DblClick()
 {
     const QString url = ControlTag(hotSpot("lblLastURL"));

@@ -30,7 +30,9 @@ public:
     // True when the send may go on: the tone is within "MaxToneSize", or the
     // user agreed to send it anyway.
     void CheckToneSize(const QString& path, bool& result);
+    // The send pipeline and its song report live with the delivery code.
     void SendTone();
+    QString BuildSongReport(const QString& FileName);
     void ResetButtonPictures();
 
     int32_t mintLoadStage = 0;  // 1 "Loading. Please wait (", 2 "Preparing ringtone ("
@@ -55,6 +57,9 @@ protected:
     bool DragAllowed() const override { return !mbBusy; }
 
 private:
+    void sendByTunnel(class CDialog& dialog, const QString& contentType, const QString& toneFile);
+    void sendDirect(class CDialog& dialog, const QString& contentType, const QString& toneFile);
+    void reportSong();
     void buildControls();
     QLabel* label(const char* name) const;
     CClickLabel* hotSpot(const char* name) const;
