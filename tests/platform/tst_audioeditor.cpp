@@ -213,6 +213,7 @@ private slots:
         QTest::addColumn<int>("tolerance");
         QTest::addRow("wav") << "s.wav" << 0;
         QTest::addRow("mp3") << "s.mp3" << 2;
+        QTest::addRow("wma, millisecond timestamps") << "s.wma" << 2;
     }
     void decoder_seekIsSampleAccurate()
     {
