@@ -4,6 +4,7 @@
 #include "platform/AudioDecoder.h"
 #include "platform/AudioEncoder.h"
 #include "platform/EditorPlayback.h"
+#include "platform/SoundLevel.h"
 
 #include <QCoreApplication>
 #include <QMouseEvent>
@@ -224,9 +225,7 @@ void AudioEditor2::SetPlayPosition(int32_t sample)
 
 int32_t AudioEditor2::SamplesToMilliseconds(int32_t samples) const
 {
-    if (mRate <= 0)
-        return 0;
-    return static_cast<int32_t>(std::llround(static_cast<double>(samples) * 1000.0 / mRate));
+    return MillisecondsOfFrames(samples, mRate);
 }
 
 void AudioEditor2::SetVolume(int32_t volume)
