@@ -113,9 +113,21 @@ void AudioEditor2::Play(int /*mode*/)
     }
     if (end <= start)
         return;
-    mPlayback = std::make_unique<EditorPlayback>(*mSource, start, end, mVolume / 32000.0);
-    connect(mPlayback.get(), &EditorPlayback::Moved, this, &AudioEditor2::playbackMoved);
-    connect(mPlayback.get(), &EditorPlayback::Ended, this, &AudioEditor2::playbackEnded, Qt::QueuedConnection);
+    try {
+        mPlayback = std::make_unique<EditorPlayback>(*mSource, start, end, mVolume / 32000.0);
+    } catch (const CError&) {
+        return;  // no sound output: like a control on a machine without a sound card, it stays silent
+    }
+    const EditorPlayback* playback = mPlayback.get();
+    connect(playback, &EditorPlayback::Moved, this, &AudioEditor2::playbackMoved);
+    // Queued, so the end may arrive after a newer Play; only its own playback ends.
+    connect(
+        playback, &EditorPlayback::Ended, this,
+        [this, playback] {
+            if (mPlayback.get() == playback)
+                playbackEnded();
+        },
+        Qt::QueuedConnection);
     mPlayPosition = static_cast<int32_t>(start);
     emit OnEditorPositionChanged();
     update();
@@ -130,8 +142,7 @@ void AudioEditor2::playbackMoved(int64_t frame)
 
 void AudioEditor2::playbackEnded()
 {
-    if (mPlayback)
-        playbackMoved(mPlayback->Frame());
+    playbackMoved(mPlayback->Frame());
     mPlayback.reset();
 }
 
