@@ -101,15 +101,17 @@ bool AudioEditor2::IsPlaying() const { return mPlayback != nullptr; }
 
 void AudioEditor2::Play(int /*mode*/)
 {
-    // The marked part; with nothing marked, from the play cursor to the end.
+    // The marked part; with nothing marked, the visible sound from the play
+    // cursor (from its start when the cursor stands outside it) to its end.
     Stop();
     if (!mSource->IsOpen() || mBusy)
         return;
     int64_t start = std::min(mSelStart, mSelEnd);
     int64_t end = std::max(mSelStart, mSelEnd);
     if (end <= start) {
-        start = mPlayPosition;
-        end = TotalSamples();
+        const bool inside = mPlayPosition >= mViewStart && mPlayPosition < mViewEnd;
+        start = inside ? mPlayPosition : mViewStart;
+        end = mViewEnd;
     }
     if (end <= start)
         return;

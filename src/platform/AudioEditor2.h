@@ -54,6 +54,8 @@ public:
     void OpenFile(const QString& path);
     void Stop();
     void PreparePlay();
+    // The marked part; with nothing marked, the visible part from the play
+    // cursor on. The mode is ignored: there is one.
     void Play(int mode);
     bool IsPlaying() const;
     void ZoomToRange(int32_t start, int32_t end);

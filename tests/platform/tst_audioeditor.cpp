@@ -415,6 +415,16 @@ private slots:
         editor.Play(1);
         editor.Stop();
         QVERIFY(!editor.IsPlaying());
+        // Nothing marked in a zoomed view: the view plays, from its start
+        // when the cursor stands outside it.
+        editor.SetSelectionStart(0);
+        editor.SetSelectionEnd(0);
+        editor.ZoomToRange(44100, 44100 + 8820);
+        editor.SetPlayPosition(100);
+        editor.Play(1);
+        QCOMPARE(editor.PlayPosition(), 44100);
+        QTRY_VERIFY_WITH_TIMEOUT(!editor.IsPlaying(), 10000);
+        QVERIFY(editor.PlayPosition() >= 44100 && editor.PlayPosition() <= 44100 + 8820);
     }
 
     void paint_showsWaveSelectionAndCursor()
