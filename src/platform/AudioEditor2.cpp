@@ -144,7 +144,7 @@ void AudioEditor2::playbackMoved(int64_t frame)
 
 void AudioEditor2::playbackEnded()
 {
-    playbackMoved(mPlayback->Frame());
+    playbackMoved(mPlayback->FinalFrame());
     mPlayback.reset();
 }
 

@@ -410,7 +410,7 @@ private slots:
         QVERIFY(editor.IsPlaying());
         QTRY_VERIFY_WITH_TIMEOUT(!editor.IsPlaying(), 10000);
         QVERIFY(position.size() >= 3);
-        QVERIFY(editor.PlayPosition() >= 22050 && editor.PlayPosition() <= 44100);
+        QCOMPARE(editor.PlayPosition(), 44100);  // the cursor ends at the end of the part
         // Stop at once after a start is harmless.
         editor.Play(1);
         editor.Stop();
