@@ -134,8 +134,16 @@ struct AudioDecoder::Impl {
             if (pts == firstPacketPts && whole > frame->nb_samples)
                 basePts += av_rescale_q(whole - frame->nb_samples, AVRational{1, rate}, tb);
         }
-        if (seekTarget >= 0 && !fromStart && pts != AV_NOPTS_VALUE)
+        if (seekTarget >= 0 && !fromStart && pts != AV_NOPTS_VALUE) {
             position = framesOfPts(pts);
+            // Timestamps coarser than a sample (WMA counts milliseconds) only
+            // say which frame this is; with frames of one size, as such
+            // codecs have, the frame's number fixes the sample.
+            const AVRational tb = format->streams[stream]->time_base;
+            const int size = frame->nb_samples;
+            if (av_cmp_q(tb, AVRational{1, rate}) > 0 && size > 0)
+                position = (position + size / 2) / size * size;
+        }
         const int capacity = swr_get_out_samples(swr, frame->nb_samples);
         pending.resize(static_cast<size_t>(std::max(capacity, 0)) * channels);
         uint8_t* out = reinterpret_cast<uint8_t*>(pending.data());

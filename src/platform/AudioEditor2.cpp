@@ -4,6 +4,7 @@
 #include "platform/AudioDecoder.h"
 #include "platform/AudioEncoder.h"
 #include "platform/EditorPlayback.h"
+#include "platform/SoundLevel.h"
 
 #include <QCoreApplication>
 #include <QMouseEvent>
@@ -100,21 +101,35 @@ bool AudioEditor2::IsPlaying() const { return mPlayback != nullptr; }
 
 void AudioEditor2::Play(int /*mode*/)
 {
-    // The marked part; with nothing marked, from the play cursor to the end.
+    // The marked part; with nothing marked, the visible sound from the play
+    // cursor (from its start when the cursor stands outside it) to its end.
     Stop();
     if (!mSource->IsOpen() || mBusy)
         return;
     int64_t start = std::min(mSelStart, mSelEnd);
     int64_t end = std::max(mSelStart, mSelEnd);
     if (end <= start) {
-        start = mPlayPosition;
-        end = TotalSamples();
+        const bool inside = mPlayPosition >= mViewStart && mPlayPosition < mViewEnd;
+        start = inside ? mPlayPosition : mViewStart;
+        end = mViewEnd;
     }
     if (end <= start)
         return;
-    mPlayback = std::make_unique<EditorPlayback>(*mSource, start, end, mVolume / 32000.0);
-    connect(mPlayback.get(), &EditorPlayback::Moved, this, &AudioEditor2::playbackMoved);
-    connect(mPlayback.get(), &EditorPlayback::Ended, this, &AudioEditor2::playbackEnded, Qt::QueuedConnection);
+    try {
+        mPlayback = std::make_unique<EditorPlayback>(*mSource, start, end, mVolume / 32000.0);
+    } catch (const CError&) {
+        return;  // no sound output: like a control on a machine without a sound card, it stays silent
+    }
+    const EditorPlayback* playback = mPlayback.get();
+    connect(playback, &EditorPlayback::Moved, this, &AudioEditor2::playbackMoved);
+    // Queued, so the end may arrive after a newer Play; only its own playback ends.
+    connect(
+        playback, &EditorPlayback::Ended, this,
+        [this, playback] {
+            if (mPlayback.get() == playback)
+                playbackEnded();
+        },
+        Qt::QueuedConnection);
     mPlayPosition = static_cast<int32_t>(start);
     emit OnEditorPositionChanged();
     update();
@@ -129,8 +144,7 @@ void AudioEditor2::playbackMoved(int64_t frame)
 
 void AudioEditor2::playbackEnded()
 {
-    if (mPlayback)
-        playbackMoved(mPlayback->Frame());
+    playbackMoved(mPlayback->FinalFrame());
     mPlayback.reset();
 }
 
@@ -241,9 +255,7 @@ void AudioEditor2::SetPlayPosition(int32_t sample)
 
 int32_t AudioEditor2::SamplesToMilliseconds(int32_t samples) const
 {
-    if (mRate <= 0)
-        return 0;
-    return static_cast<int32_t>(std::llround(static_cast<double>(samples) * 1000.0 / mRate));
+    return MillisecondsOfFrames(samples, mRate);
 }
 
 void AudioEditor2::SetVolume(int32_t volume)

@@ -5,7 +5,17 @@
 // counts ("samples") of the whole file, also while the view is zoomed.
 //
 // Errors are CError; OpenFile's for a file that is no sound has the
-// description "Format is not supported.".
+// description "Format is not supported.". A file that fails to open leaves
+// the sound already shown in place.
+//
+// Properties are a getter and a Set... setter: SelectionStart /
+// SetSelectionStart, SelectionEnd / SetSelectionEnd, PlayPosition /
+// SetPlayPosition, ShowSelection / SetShowSelection, Volume / SetVolume.
+// Setting a mark raises OnEditorSelectionChanged, setting the play position
+// OnEditorPositionSet; the moving play cursor raises OnEditorPositionChanged.
+// OnEditorProgress comes during OpenFile and SaveToFile, whose handlers may
+// pump events: meanwhile Play does nothing and a second OpenFile or
+// SaveToFile fails with "The editor is busy".
 #include "platform/PeakSummary.h"
 
 #include <QColor>
@@ -44,6 +54,8 @@ public:
     void OpenFile(const QString& path);
     void Stop();
     void PreparePlay();
+    // The marked part; with nothing marked, the visible part from the play
+    // cursor on. The mode is ignored: there is one.
     void Play(int mode);
     bool IsPlaying() const;
     void ZoomToRange(int32_t start, int32_t end);

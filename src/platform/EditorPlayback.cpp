@@ -57,7 +57,7 @@ qint64 DecoderStream::readData(char* data, qint64 maxSize)
 }
 
 EditorPlayback::EditorPlayback(AudioDecoder& source, int64_t start, int64_t end, double gain, QObject* parent)
-    : QObject(parent), mStart(start), mRate(source.SampleRate())
+    : QObject(parent), mStart(start), mEnd(end), mRate(source.SampleRate())
 {
     QAudioFormat format;
     format.setSampleRate(source.SampleRate());
@@ -90,9 +90,16 @@ EditorPlayback::~EditorPlayback()
 
 void EditorPlayback::SetGain(double gain) { mStream->SetGain(gain); }
 
+int64_t EditorPlayback::FinalFrame() const
+{
+    // When all of it went out the end is where the cursor stops; the
+    // output's count lags a little behind.
+    return mStream->atEnd() ? mEnd : Frame();
+}
+
 int64_t EditorPlayback::Frame() const
 {
-    return mStart + static_cast<int64_t>(mSink->processedUSecs()) * mRate / 1000000;
+    return std::min(mEnd, mStart + static_cast<int64_t>(mSink->processedUSecs()) * mRate / 1000000);
 }
 
 void EditorPlayback::tick()

@@ -41,7 +41,8 @@ public:
     EditorPlayback(AudioDecoder& source, int64_t start, int64_t end, double gain, QObject* parent = nullptr);
     ~EditorPlayback() override;
     void SetGain(double gain);
-    int64_t Frame() const;
+    int64_t Frame() const;  // what has gone to the output, within [start, end]
+    int64_t FinalFrame() const;  // where the cursor stops once Ended came
 
 signals:
     void Moved(int64_t frame);
@@ -53,6 +54,7 @@ private:
     void finish();
 
     int64_t mStart;
+    int64_t mEnd;
     int mRate;
     DecoderStream* mStream;
     QAudioSink* mSink;

@@ -163,7 +163,7 @@ void NCTAudioPlayer2::Stop()
 
 int32_t NCTAudioPlayer2::SamplesToMilliseconds(int64_t samples) const
 {
-    return mRate > 0 ? static_cast<int32_t>(std::llround(static_cast<double>(samples) * 1000.0 / mRate)) : 0;
+    return MillisecondsOfFrames(samples, mRate);
 }
 
 void NCTAudioPlayer2::tick()

@@ -160,7 +160,7 @@ void NCTAudioRecord2::CloseFile()
 
 int32_t NCTAudioRecord2::SamplesToMilliseconds(int64_t samples) const
 {
-    return mRate > 0 ? static_cast<int32_t>(std::llround(static_cast<double>(samples) * 1000.0 / mRate)) : 0;
+    return MillisecondsOfFrames(samples, mRate);
 }
 
 void NCTAudioRecord2::tick()

@@ -22,3 +22,8 @@ std::array<int, 2> PeakLevels(const int16_t* samples, int64_t frames, int channe
         peak[1] = peak[0];
     return {LevelOfPeak(peak[0]), LevelOfPeak(peak[1])};
 }
+
+int32_t MillisecondsOfFrames(int64_t frames, int rate)
+{
+    return rate > 0 ? static_cast<int32_t>(std::llround(static_cast<double>(frames) * 1000.0 / rate)) : 0;
+}

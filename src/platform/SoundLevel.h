@@ -1,6 +1,6 @@
 #pragma once
-// Levels as the player and the recorder report them: 0 for silence up to 80
-// for full scale, in decibels above -80 dBFS.
+// Measures the player, the recorder and the editor share. Levels are 0 for
+// silence up to 80 for full scale, in decibels above -80 dBFS.
 #include <QByteArray>
 #include <array>
 #include <cstdint>
@@ -8,3 +8,5 @@
 // Peak level of each of the first two channels of interleaved 16-bit samples.
 std::array<int, 2> PeakLevels(const int16_t* samples, int64_t frames, int channels);
 int LevelOfPeak(int peak);
+// Frames at a rate as milliseconds, to the nearest; 0 when the rate is unknown.
+int32_t MillisecondsOfFrames(int64_t frames, int rate);

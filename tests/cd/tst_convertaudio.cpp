@@ -1,6 +1,7 @@
 #include "cd/CDManager.h"
 #include "core/globals.h"
 #include "core/modCommon.h"
+#include "platform/AudioEditor2.h"
 #include "support/DialogAnswerer.h"
 #include "support/SoundFiles.h"
 #include "support/TestGround.h"
@@ -240,6 +241,35 @@ private slots:
         QCOMPARE(answerer->seen.first().text, message);
         QVERIFY(!QFile::exists(scratch(target)));
         QVERIFY(!QFile::exists(scratch(target) + ".part"));
+    }
+
+    void sendRoad_cutThenConvert_data()
+    {
+        QTest::addColumn<int>("frames");  // length of the marked part at 44.1 kHz
+        QTest::addColumn<bool>("faded");
+        QTest::addRow("exactly 5.0 s: no fades") << 44100 * 5 << false;
+        QTest::addRow("5.05 s: fades") << 44100 * 5 + 2205 << true;
+    }
+    void sendRoad_cutThenConvert()
+    {
+        // As Send does it: the editor writes the marked part to an MP3,
+        // which ConvertAudio turns into the tone. The MP3's own delay and
+        // padding must not make a 5.0 s part count as longer.
+        QFETCH(int, frames);
+        QFETCH(bool, faded);
+        SaveAppSetting("FadeIn", "True", kSettings);
+        SaveAppSetting("FadeOut", "True", kSettings);
+        AudioEditor2 editor;
+        editor.OpenFile(steadyTone("song.wav", 9.0));
+        editor.SetSelectionStart(44100);
+        editor.SetSelectionEnd(44100 + frames);
+        editor.SaveToFile(scratch("preview.mp3"), true, AudioEditor2::FormatMp3);
+        convert(scratch("preview.mp3"), scratch("tone.amr"), 1);
+        const std::vector<int16_t> s = DecodeMono(scratch("tone.amr"), 8000);
+        QVERIFY(std::abs(double(s.size()) / 8000 - frames / 44100.0) <= 0.02);
+        const double middle = rms(s, 8000, 2.0, 3.0);
+        const double start = rms(s, 8000, 0.02, 0.12);
+        QCOMPARE(start < middle * 0.2, faded);
     }
 
     void emptySource_givesEmptyTargetQuietly()
