@@ -2,6 +2,7 @@
 #include "core/modKillProcess.h"
 #include "core/modStartup.h"
 #include "core/seams.h"
+#include "editing/frmMain.h"
 #include "service/CLoginManager.h"
 
 #include <QApplication>
@@ -12,6 +13,11 @@ int main(int argc, char** argv)
 {
     QApplication app(argc, argv);
     seams().killProcess = KillProcess;
+    seams().mainWindow = [] {
+        frmMain& form = MainForm();
+        form.Load();
+        return static_cast<QWidget*>(&form);
+    };
     RegisterLogin();
     QTimer::singleShot(0, &app, [] {
         SubMain();
@@ -22,5 +28,6 @@ int main(int argc, char** argv)
     });
     const int code = QApplication::exec();
     DropStartupWindows();
+    DropMainForm();
     return code;
 }

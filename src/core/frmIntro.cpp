@@ -22,10 +22,12 @@ frmIntro::frmIntro()
 void frmIntro::Form_Load()
 {
     SkinWindowDesc desc;
-    desc.size = QSize(470, 320);
+    desc.size = QSize(480, 340);
     desc.heading = QStringLiteral("Welcome to Quillotone!");
-    desc.body = QStringLiteral("Turn the music you own into ringtones and send them straight to your "
-                               "phone.\n\nNew here? Sign up in a minute. Already have an account? Sign in.");
+    desc.body = QStringLiteral("Turn the music you own into ringtones and send them straight to your phone. "
+                               "New here? Sign up in a minute. Already a member? Sign in.");
+    desc.steps = {QStringLiteral("Pick a song"), QStringLiteral("Mark your part"),
+                  QStringLiteral("Send to your phone")};
     desc.buttons = {{QStringLiteral("imgOK"), QStringLiteral("Sign me up")},
                     {QStringLiteral("imgSignIn"), QStringLiteral("Sign in"), ButtonLook::Secondary},
                     {QStringLiteral("imgClose"), QString(), ButtonLook::Round, skin::CloseMarkRect(desc.size.width())}};

@@ -31,6 +31,8 @@ frmTitle::frmTitle()
     setObjectName(QStringLiteral("frmTitle"));
     setWindowTitle(QStringLiteral("Quillotone"));
     setWindowIcon(skin::AppIcon());
+    // Showing it must not take the keyboard from the main window.
+    setAttribute(Qt::WA_ShowWithoutActivating);
     resize(120, 30);
 }
 
@@ -48,10 +50,13 @@ void frmTitle::Form_Activate()
     QWidget* main = mainWindow();
     if (!main)
         return;
-    if (windowState() & Qt::WindowMinimized)
+    if (windowState() & Qt::WindowMinimized) {
         main->hide();
-    else if (!(windowState() & Qt::WindowMaximized))
+    } else if (!(windowState() & Qt::WindowMaximized)) {
         main->show();
+        main->raise();
+        main->activateWindow();
+    }
 }
 
 void frmTitle::Form_Resize()

@@ -84,7 +84,8 @@ bool AnotherInstanceRuns()
     const QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
     QDir().mkpath(folder);
     lock = std::make_unique<QLockFile>(QDir(folder).filePath(QStringLiteral("quillotone.lock")));
-    // A lock left by a program that died is stale and taken over.
+    // Only a lock whose program has died is stale and taken over, however old it is.
+    lock->setStaleLockTime(0);
     return !lock->tryLock(0);
 }
 

@@ -17,6 +17,24 @@ constexpr int kChunkFrames = 16384;
 constexpr int kRulerHeight = 14;
 constexpr int kDragPixels = 3;
 constexpr int kSaveMp3BitRate = 128000;
+
+// Marks the editor busy for one reading of its file; a second one meanwhile,
+// from a handler that pumped events, is refused.
+class BusyScope {
+public:
+    explicit BusyScope(bool& busy) : mBusy(busy)
+    {
+        if (mBusy)
+            throw CError(ErrNo::PathFileAccess, QStringLiteral("The editor is busy"), QStringLiteral("AudioEditor2"));
+        mBusy = true;
+    }
+    ~BusyScope() { mBusy = false; }
+    BusyScope(const BusyScope&) = delete;
+    BusyScope& operator=(const BusyScope&) = delete;
+
+private:
+    bool& mBusy;
+};
 }  // namespace
 
 AudioEditor2::AudioEditor2(QWidget* parent) : QWidget(parent), mSource(std::make_unique<AudioDecoder>())
@@ -37,40 +55,35 @@ void AudioEditor2::SetAppearance(const EditorAppearance& look)
 
 void AudioEditor2::OpenFile(const QString& path)
 {
+    const BusyScope busy(mBusy);
     Stop();
-    mSource->Close();
-    mPeaks.Reset(0);
-    mRate = 0;
-    mSelStart = mSelEnd = mViewStart = mViewEnd = mPlayPosition = 0;
-    mPath.clear();
-    update();
-
+    // The new file is read beside the old one, which stays shown and
+    // playable when the new one turns out to be no sound.
+    auto source = std::make_unique<AudioDecoder>();
+    PeakSummary peaks;
     emit OnEditorProgress(0);
-    mSource->Open(path);
-    mPeaks.Reset(mSource->Channels());
-    std::vector<int16_t> chunk(static_cast<size_t>(kChunkFrames) * mSource->Channels());
+    source->Open(path);
+    peaks.Reset(source->Channels());
+    // The header's length is a guess, and may be a lie: a few percent over
+    // it saves a doubling, and no more than the editor can hold is asked for.
+    peaks.Reserve(static_cast<int64_t>(
+        std::clamp(source->DurationSeconds() * 1.02 * source->SampleRate(), 0.0, double(INT32_MAX))));
+    std::vector<int16_t> chunk(static_cast<size_t>(kChunkFrames) * source->Channels());
     int percent = 0;
-    try {
-        while (const int got = mSource->Read(chunk.data(), kChunkFrames)) {
-            mPeaks.Add(chunk.data(), got);
-            if (mSource->ProgressPercent() != percent) {
-                percent = mSource->ProgressPercent();
-                emit OnEditorProgress(percent);
-            }
+    while (const int got = source->Read(chunk.data(), kChunkFrames)) {
+        peaks.Add(chunk.data(), got);
+        if (source->ProgressPercent() != percent) {
+            percent = source->ProgressPercent();
+            emit OnEditorProgress(percent);
         }
-    } catch (...) {
-        mSource->Close();
-        mPeaks.Reset(0);
-        throw;
     }
-    mPeaks.Finish();
-    if (mPeaks.Frames() == 0 || mPeaks.Frames() > INT32_MAX) {
-        mSource->Close();
-        mPeaks.Reset(0);
+    peaks.Finish();
+    if (peaks.Frames() == 0 || peaks.Frames() > INT32_MAX)
         throw CError(ErrNo::PathFileAccess, QStringLiteral("Format is not supported."), QStringLiteral("AudioEditor2"));
-    }
-    mPath = path;
+    mSource = std::move(source);
+    mPeaks = std::move(peaks);
     mRate = mSource->SampleRate();
+    mSelStart = mSelEnd = mViewStart = mPlayPosition = 0;
     mViewEnd = TotalSamples();
     emit OnEditorProgress(100);
     update();
@@ -78,17 +91,10 @@ void AudioEditor2::OpenFile(const QString& path)
 
 void AudioEditor2::Stop()
 {
-    if (!mPlayback)
-        return;
     mPlayback.reset();
-    mPrepared = false;
 }
 
-void AudioEditor2::PreparePlay()
-{
-    Stop();
-    mPrepared = true;
-}
+void AudioEditor2::PreparePlay() { Stop(); }
 
 bool AudioEditor2::IsPlaying() const { return mPlayback != nullptr; }
 
@@ -96,7 +102,7 @@ void AudioEditor2::Play(int /*mode*/)
 {
     // The marked part; with nothing marked, from the play cursor to the end.
     Stop();
-    if (!mSource->IsOpen())
+    if (!mSource->IsOpen() || mBusy)
         return;
     int64_t start = std::min(mSelStart, mSelEnd);
     int64_t end = std::max(mSelStart, mSelEnd);
@@ -126,7 +132,6 @@ void AudioEditor2::playbackEnded()
     if (mPlayback)
         playbackMoved(mPlayback->Frame());
     mPlayback.reset();
-    mPrepared = false;
 }
 
 void AudioEditor2::ZoomToRange(int32_t start, int32_t end)
@@ -151,6 +156,7 @@ void AudioEditor2::ZoomFull()
 
 void AudioEditor2::SaveToFile(const QString& path, bool selectionOnly, int fileFormat)
 {
+    const BusyScope busy(mBusy);
     if (!mSource->IsOpen())
         throw CError(ErrNo::PathFileAccess, QStringLiteral("No sound is loaded"), QStringLiteral("AudioEditor2"));
     EncoderTarget target;
@@ -189,17 +195,34 @@ void AudioEditor2::SaveToFile(const QString& path, bool selectionOnly, int fileF
     emit OnEditorProgress(100);
 }
 
+// Marks set in code tell of their change through the event loop, once for
+// all the sets of one handler: a caller that moves both marks is told of the
+// selection it made, not of the half-way one between its two statements.
+void AudioEditor2::postSelectionChanged()
+{
+    if (mSelectionChangePosted)
+        return;
+    mSelectionChangePosted = true;
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            mSelectionChangePosted = false;
+            emit OnEditorSelectionChanged();
+        },
+        Qt::QueuedConnection);
+}
+
 void AudioEditor2::SetSelectionStart(int32_t sample)
 {
     mSelStart = clampSample(sample);
-    emit OnEditorSelectionChanged();
+    postSelectionChanged();
     update();
 }
 
 void AudioEditor2::SetSelectionEnd(int32_t sample)
 {
     mSelEnd = clampSample(sample);
-    emit OnEditorSelectionChanged();
+    postSelectionChanged();
     update();
 }
 

@@ -89,12 +89,12 @@ private:
     void drawRuler(class QPainter& p, const QRect& area) const;
     void playbackMoved(int64_t frame);
     void playbackEnded();
+    void postSelectionChanged();
 
     EditorAppearance mLook;
     PeakSummary mPeaks;
     std::unique_ptr<AudioDecoder> mSource;  // kept open: play and save read the file again
     std::unique_ptr<EditorPlayback> mPlayback;
-    QString mPath;
     int mRate = 0;
     int32_t mSelStart = 0;
     int32_t mSelEnd = 0;
@@ -103,7 +103,8 @@ private:
     int32_t mPlayPosition = 0;
     int32_t mVolume = 32000;
     bool mShowSelection = true;
-    bool mPrepared = false;
+    bool mSelectionChangePosted = false;
+    bool mBusy = false;  // inside OpenFile or SaveToFile, whose progress handlers pump events
     int32_t mAnchor = 0;
     int mPressX = -1;
     bool mDragging = false;

@@ -12,7 +12,7 @@
 struct EncoderTarget {
     enum Kind { Mp3, Wave, AmrNarrowband, AmrWideband };
     Kind kind = Wave;
-    int sampleRate = 16000;
+    int sampleRate = 16000;  // the nearest rate the encoder takes, when it does not take this one
     int channels = 1;
     int bitRate = 0;  // bit/s; ignored for wave files
 };

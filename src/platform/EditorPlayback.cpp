@@ -10,6 +10,10 @@
 #include <algorithm>
 #include <cmath>
 
+namespace {
+constexpr int kStallMs = 2000;
+}
+
 void ApplyGain(int16_t* samples, int64_t count, double gain)
 {
     if (gain == 1.0)
@@ -69,7 +73,7 @@ EditorPlayback::EditorPlayback(AudioDecoder& source, int64_t start, int64_t end,
     mSink = new QAudioSink(device, format, this);
     mTick = new QTimer(this);
     mTick->setInterval(40);
-    connect(mTick, &QTimer::timeout, this, [this] { emit Moved(Frame()); });
+    connect(mTick, &QTimer::timeout, this, &EditorPlayback::tick);
     connect(mSink, &QAudioSink::stateChanged, this, &EditorPlayback::stateChanged);
     mSink->start(mStream);
     if (mSink->error() != QAudio::NoError)
@@ -91,13 +95,32 @@ int64_t EditorPlayback::Frame() const
     return mStart + static_cast<int64_t>(mSink->processedUSecs()) * mRate / 1000000;
 }
 
-void EditorPlayback::stateChanged()
+void EditorPlayback::tick()
 {
-    const bool finished = (mSink->state() == QAudio::IdleState && mStream->atEnd()) ||
-                          (mSink->state() == QAudio::StoppedState && mSink->error() != QAudio::NoError);
-    if (!finished || mEnded)
+    // An output that was unplugged may simply stop taking data.
+    const qint64 processed = mSink->processedUSecs();
+    mStalledTicks = processed == mLastProcessed ? mStalledTicks + 1 : 0;
+    mLastProcessed = processed;
+    if (mStalledTicks * mTick->interval() >= kStallMs) {
+        finish();
+        return;
+    }
+    emit Moved(Frame());
+}
+
+void EditorPlayback::finish()
+{
+    if (mEnded)
         return;
     mEnded = true;
     mTick->stop();
     emit Ended();
+}
+
+void EditorPlayback::stateChanged()
+{
+    const bool finished = (mSink->state() == QAudio::IdleState && mStream->atEnd()) ||
+                          (mSink->state() == QAudio::StoppedState && mSink->error() != QAudio::NoError);
+    if (finished)
+        finish();
 }

@@ -49,6 +49,8 @@ signals:
 
 private:
     void stateChanged();
+    void tick();
+    void finish();
 
     int64_t mStart;
     int mRate;
@@ -56,4 +58,6 @@ private:
     QAudioSink* mSink;
     QTimer* mTick;
     bool mEnded = false;
+    qint64 mLastProcessed = -1;
+    int mStalledTicks = 0;
 };

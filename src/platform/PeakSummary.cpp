@@ -32,6 +32,12 @@ void PeakSummary::Reset(int channels)
     }
 }
 
+void PeakSummary::Reserve(int64_t frames)
+{
+    for (int l = 0; l < kLevels; ++l)
+        mLevels[l].reserve(static_cast<size_t>(frames / blockFrames(l) + 2) * mChannels);
+}
+
 void PeakSummary::Add(const int16_t* frames, int count)
 {
     while (count > 0) {

@@ -1,16 +1,17 @@
 #pragma once
-// Minimum and maximum of every channel over blocks of 256 frames, and again
-// over blocks 16 times and 256 times as long, so that a drawing of any zoom
-// touches a few thousand values at most and never the samples.
+// Minimum and maximum of every channel over blocks of 64 frames, and again
+// over blocks 16, 256 and 4096 times as long, so that a drawing of any zoom
+// touches a few thousand values at most and never the samples. An hour of
+// stereo at 44.1 kHz takes about 21 MB.
 #include <array>
 #include <cstdint>
 #include <vector>
 
 class PeakSummary {
 public:
-    static constexpr int64_t kBlock = 256;
+    static constexpr int64_t kBlock = 64;
     static constexpr int64_t kFactor = 16;
-    static constexpr int kLevels = 3;
+    static constexpr int kLevels = 4;
 
     struct Span {
         int16_t low = 0;
@@ -18,6 +19,8 @@ public:
     };
 
     void Reset(int channels);
+    // Room for about this many frames, so that the summary does not grow by doubling.
+    void Reserve(int64_t frames);
     void Add(const int16_t* frames, int count);
     void Finish();  // closes the last partial blocks
 

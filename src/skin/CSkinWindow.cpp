@@ -12,6 +12,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPlainTextEdit>
+#include <QRegularExpressionValidator>
 #include <QTimer>
 
 namespace {
@@ -110,6 +111,8 @@ void CSkinWindow::Build(const SkinWindowDesc& description)
         } else {
             auto* edit = new QLineEdit(this);
             edit->setReadOnly(t.readOnly);
+            if (t.digitsOnly)
+                edit->setValidator(new QRegularExpressionValidator(QRegularExpression(QStringLiteral("[0-9]*")), edit));
             box = edit;
         }
         box->setObjectName(t.name);
@@ -141,6 +144,15 @@ void CSkinWindow::Build(const SkinWindowDesc& description)
     for (const SkinButton& b : desc.buttons) {
         new CPictureButton(b.name, this, b.rect, skin::PaintButton(b, skin::ButtonState::Over),
                            skin::PaintButton(b, skin::ButtonState::Clicked));
+    }
+    if (desc.talkingToServer) {
+        // Over the button row, so a busy window shows no buttons to press.
+        const QSize size(260, 44);
+        auto* busy = new QLabel(this);
+        busy->setObjectName(QStringLiteral("imgTalkingToServer"));
+        busy->setPixmap(skin::PaintTalkingToServer(size));
+        busy->setGeometry(QRect(QPoint((width() - size.width()) / 2, height() - size.height() - 14), size));
+        busy->hide();
     }
     if (desc.minimizeMark)
         new CClickLabel(QStringLiteral("lblMinimize"), this);

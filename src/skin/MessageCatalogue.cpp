@@ -17,50 +17,50 @@ MessageButton back(const QString& name, const QString& caption, const QString& t
 }
 
 // A notice with one OK button that Enter and Esc both press.
-MessageWindowSpec notice(const QString& name, const QString& heading, const QString& body)
+MessageWindowRow notice(const QString& name, const QString& heading, const QString& body)
 {
-    MessageWindowSpec spec{name, heading, body, {go(OK, QStringLiteral("OK"))}, OK, OK};
-    return spec;
+    MessageWindowRow row{name, heading, body, {go(OK, QStringLiteral("OK"))}, OK, OK};
+    return row;
 }
 
 // A question: OK gives an empty Tag, Cancel "Q", and neither key answers.
-MessageWindowSpec question(const QString& name, const QString& heading, const QString& body,
+MessageWindowRow question(const QString& name, const QString& heading, const QString& body,
                            const QString& okCaption, const QString& cancelCaption)
 {
     return {name, heading, body, {go(OK, okCaption), back(Cancel, cancelCaption, Q)}, {}, {}};
 }
 
-MessageWindowSpec onScreen(MessageWindowSpec spec)
+MessageWindowRow onScreen(MessageWindowRow row)
 {
-    spec.centredOnScreen = true;
-    return spec;
+    row.centredOnScreen = true;
+    return row;
 }
 
-MessageWindowSpec clickUnloads(MessageWindowSpec spec)
+MessageWindowRow clickUnloads(MessageWindowRow row)
 {
-    spec.clickUnloads = true;
-    return spec;
+    row.clickUnloads = true;
+    return row;
 }
 
-MessageWindowSpec withKeys(MessageWindowSpec spec, const QString& enter, const QString& escape)
+MessageWindowRow withKeys(MessageWindowRow row, const QString& enter, const QString& escape)
 {
-    spec.enterButton = enter;
-    spec.escapeButton = escape;
-    return spec;
+    row.enterButton = enter;
+    row.escapeButton = escape;
+    return row;
 }
 
-MessageWindowSpec withLabel(MessageWindowSpec spec, const QString& name, int height)
+MessageWindowRow withLabel(MessageWindowRow row, const QString& name, int height)
 {
-    spec.size.rheight() += height;
+    row.size.rheight() += height;
     // Under the wording, above the button row.
-    const int top = spec.size.height() - 58 - height - 10;
-    spec.labels.append({name, QRect(28, top, spec.size.width() - 56, height), LabelKind::Text, {}, 10.5, true});
-    return spec;
+    const int top = row.size.height() - 58 - height - 10;
+    row.labels.append({name, QRect(28, top, row.size.width() - 56, height), LabelKind::Text, {}, 10.5, true});
+    return row;
 }
 
-QList<MessageWindowSpec> build()
+QList<MessageWindowRow> build()
 {
-    QList<MessageWindowSpec> rows;
+    QList<MessageWindowRow> rows;
     rows << notice(QStringLiteral("frmNoToneSelected"), QStringLiteral("No music yet"),
                    QStringLiteral("There's no music in the editor yet. Press Open to pick a song file, "
                                   "or My Music to choose one from your library."));
@@ -75,7 +75,7 @@ QList<MessageWindowSpec> build()
     rows << notice(QStringLiteral("frmInvalidFileFormat"), QStringLiteral("Can't open this file"),
                    QStringLiteral("Sorry, this file isn't in a format Quillotone can open. "
                                   "Try an MP3, WAV or WMA file."));
-    MessageWindowSpec freeDB = notice(
+    MessageWindowRow freeDB = notice(
         QStringLiteral("frmFreeDBWrong"), QStringLiteral("Where track names come from"),
         QStringLiteral("Track names are looked up in FreeDB, a free music information service "
                        "filled in by music fans all over the world. Now and then a name may be "
@@ -97,7 +97,7 @@ QList<MessageWindowSpec> build()
                                 QStringLiteral("We're sending it to your phone now. Look out for it "
                                                "in a moment.")));
 
-    MessageWindowSpec news = onScreen(clickUnloads(notice(QStringLiteral("frmAnnouncements"),
+    MessageWindowRow news = onScreen(clickUnloads(notice(QStringLiteral("frmAnnouncements"),
                                                           QStringLiteral("News from Quillotone"), {})));
     news.size = QSize(440, 300);
     news.textBoxes.append({QStringLiteral("txtAnnouncement"), QRect(28, 116, 384, 110), true, true});
@@ -110,7 +110,7 @@ QList<MessageWindowSpec> build()
                      QStringLiteral("Quillotone can look through your computer for music and list it "
                                     "in My Music. Search now?"),
                      QStringLiteral("Search"), QStringLiteral("Not now"));
-    rows << MessageWindowSpec{QStringLiteral("frmConfirmDeleteTone"), QStringLiteral("Delete the waiting tone?"),
+    rows << MessageWindowRow{QStringLiteral("frmConfirmDeleteTone"), QStringLiteral("Delete the waiting tone?"),
                               QStringLiteral("A tone is still waiting to be delivered. Is it OK to delete it?"),
                               {go(QStringLiteral("imgYes"), QStringLiteral("Yes, delete")),
                                back(QStringLiteral("imgNo"), QStringLiteral("No, keep it"), Q)},
@@ -121,13 +121,13 @@ QList<MessageWindowSpec> build()
                                     "Are you sure?"),
                      QStringLiteral("Record"), QStringLiteral("Cancel"));
     // Here OK gives "Q": it stops the rip.
-    rows << MessageWindowSpec{QStringLiteral("frmCancelRip"), QStringLiteral("Stop copying?"),
+    rows << MessageWindowRow{QStringLiteral("frmCancelRip"), QStringLiteral("Stop copying?"),
                               QStringLiteral("Do you want to stop copying this track from the CD?"),
                               {go(OK, QStringLiteral("Yes, stop"), Q), back(Cancel, QStringLiteral("No, go on"))},
                               {},
                               {}};
     // Here OK gives "Q": it gives the tone up; Cancel sends it all the same.
-    rows << withLabel(MessageWindowSpec{QStringLiteral("frmToneTooBig"), QStringLiteral("This tone is too big"),
+    rows << withLabel(MessageWindowRow{QStringLiteral("frmToneTooBig"), QStringLiteral("This tone is too big"),
                                         QStringLiteral("Your tone is over the size limit, so it may not reach "
                                                        "your phone. Try a shorter part, or send it anyway."),
                                         {go(OK, QStringLiteral("Don't send"), Q),
@@ -146,7 +146,7 @@ QList<MessageWindowSpec> build()
                                         QStringLiteral("Send it"), QStringLiteral("Cancel")),
                                QStringLiteral("lblCharge"), 40),
                      OK, OK);
-    rows << MessageWindowSpec{QStringLiteral("frmTonePending"), QStringLiteral("A tone is still on its way"),
+    rows << MessageWindowRow{QStringLiteral("frmTonePending"), QStringLiteral("A tone is still on its way"),
                               QStringLiteral("Your last tone hasn't been collected yet. Wait for it, "
                                              "or delete it to make room for a new one."),
                               {go(OK, QStringLiteral("I'll wait")), back(QStringLiteral("imgDelete"),
@@ -158,20 +158,20 @@ QList<MessageWindowSpec> build()
                                              "to Quillotone?"),
                               QStringLiteral("Yes, send"), QStringLiteral("No thanks")),
                      OK, Cancel);
-    MessageWindowSpec wait{QStringLiteral("frmCCDBWait"), QStringLiteral("Looking up track names"),
+    MessageWindowRow wait{QStringLiteral("frmCCDBWait"), QStringLiteral("Looking up track names"),
                            QStringLiteral("Fetching the names of the tracks on your CD. "
                                           "This only takes a moment..."),
                            {},
                            {},
                            {}};
-    wait.size = QSize(400, 180);
+    wait.size = QSize(400, 200);
     rows << wait;
     return rows;
 }
 }  // namespace
 
-const QList<MessageWindowSpec>& MessageCatalogue()
+const QList<MessageWindowRow>& MessageCatalogue()
 {
-    static const QList<MessageWindowSpec> rows = build();
+    static const QList<MessageWindowRow> rows = build();
     return rows;
 }

@@ -8,6 +8,7 @@
 #include <QRect>
 #include <QSize>
 #include <QString>
+#include <QStringList>
 
 enum class ButtonLook {
     Primary,    // the proposed course: warm, filled
@@ -43,6 +44,7 @@ struct SkinTextBox {
     QRect rect;
     bool multiLine = false;
     bool readOnly = false;
+    bool digitsOnly = false;  // a number: everything but digits and Backspace is swallowed
 };
 
 // Painted wording: a heading and a body, placed in the body of the face.
@@ -54,7 +56,9 @@ struct SkinWindowDesc {
     QList<SkinButton> buttons;
     QList<SkinLabel> labels;
     QList<SkinTextBox> textBoxes;
+    QStringList steps;          // a numbered row of short steps at the foot of the wording
     bool closeMark = false;     // paints a close cross and makes lblClose over it
     bool minimizeMark = false;  // paints a minimise bar and makes lblMinimize over it
     QRect bodyRect;             // where the wording goes; empty: the skin's default
+    bool talkingToServer = false;  // a hidden imgTalkingToServer over the button row, for the busy state
 };

@@ -9,6 +9,7 @@
 #include <QPainterPath>
 #include <QRadialGradient>
 #include <algorithm>
+#include <cmath>
 
 namespace skin {
 
@@ -137,8 +138,8 @@ void paintCard(QPainter& p, QSize size)
     p.fillRect(QRect(0, kCardTop, size.width(), kBandHeight), sheen);
     p.fillRect(QRect(0, kCardTop + kBandHeight, size.width(), 3), QColor(0xFF, 0x8E, 0x6A));
     // A few quiet notes in the corner of the body.
-    paintNote(p, QPointF(size.width() - 40, size.height() - 60), 34, QColor(0x8A, 0x6F, 0xE0, 26));
-    paintNote(p, QPointF(size.width() - 74, size.height() - 40), 22, QColor(0x8A, 0x6F, 0xE0, 20));
+    paintNote(p, QPointF(size.width() - 30, size.height() - 40), 26, QColor(0x8A, 0x6F, 0xE0, 26));
+    paintNote(p, QPointF(size.width() - 56, size.height() - 28), 18, QColor(0x8A, 0x6F, 0xE0, 20));
     p.restore();
 
     p.setPen(QPen(kEdge, 2));
@@ -180,9 +181,53 @@ void drawFitted(QPainter& p, const QRect& r, int flags, const QString& text, dou
     p.drawText(r, flags, text);
 }
 
+constexpr int kStepsHeight = 78;
+
+// Numbered discs joined by a dotted line, each with its words beneath.
+void paintSteps(QPainter& p, const QRect& area, const QStringList& steps)
+{
+    const int n = int(steps.size());
+    const int column = area.width() / n;
+    const int y = area.top() + 16;
+    p.setPen(QPen(QColor(0xC9, 0xBA, 0xFF), 2, Qt::DotLine));
+    p.drawLine(area.left() + column / 2, y, area.left() + column * n - column / 2, y);
+    for (int i = 0; i < n; ++i) {
+        const QPointF centre(area.left() + column * i + column / 2.0, y);
+        QLinearGradient fill(0, y - 15, 0, y + 15);
+        fill.setColorAt(0, kCoralLight);
+        fill.setColorAt(1, kCoral);
+        p.setPen(QPen(Qt::white, 2));
+        p.setBrush(fill);
+        p.drawEllipse(centre, 15, 15);
+        p.setFont(Font(11, true));
+        p.setPen(Qt::white);
+        p.drawText(QRectF(centre.x() - 15, y - 15, 30, 30), Qt::AlignCenter, QString::number(i + 1));
+        p.setPen(kHeading);
+        drawFitted(p, QRect(area.left() + column * i + 4, y + 20, column - 8, kStepsHeight - 36),
+                   Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap, steps[i], 9.5, true);
+    }
+}
+
+// Three dots at the foot of a notice that has no button: work is going on.
+void paintWaitingDots(QPainter& p, QSize size)
+{
+    p.setPen(Qt::NoPen);
+    const int y = size.height() - 30;
+    for (int i = 0; i < 3; ++i) {
+        QColor dot = kCoral;
+        dot.setAlpha(255 - i * 70);
+        p.setBrush(dot);
+        p.drawEllipse(QPointF(size.width() / 2.0 - 20 + i * 20, y), 5, 5);
+    }
+}
+
 void paintWording(QPainter& p, const SkinWindowDesc& desc)
 {
     QRect area = desc.bodyRect;
+    if (!desc.steps.isEmpty()) {
+        paintSteps(p, QRect(area.left(), area.bottom() - kStepsHeight, area.width(), kStepsHeight), desc.steps);
+        area.setBottom(area.bottom() - kStepsHeight - 6);
+    }
     if (!desc.heading.isEmpty()) {
         const QFont heading = Font(13, true);
         const int h = QFontMetrics(heading).boundingRect(area, Qt::TextWordWrap | Qt::AlignHCenter, desc.heading).height();
@@ -322,6 +367,8 @@ QImage PaintFace(const SkinWindowDesc& desc)
         p.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
         paintCard(p, desc.size);
         paintWording(p, desc);
+        if (desc.buttons.isEmpty() && desc.labels.isEmpty() && desc.textBoxes.isEmpty())
+            paintWaitingDots(p, desc.size);
         for (const SkinButton& b : desc.buttons)
             p.drawPixmap(b.rect.topLeft(), PaintButton(b, ButtonState::Rest));
         if (desc.minimizeMark)
@@ -386,7 +433,9 @@ QPixmap PaintButton(const SkinButton& button, ButtonState state)
     }
 
     const QRectF text = shape.translated(0, down ? 1 : 0);
-    QFont font = Font(11, true);
+    // The caption follows the button's height: 11 points on a standard
+    // button, smaller on the compact ones of a crowded window.
+    QFont font = Font(std::clamp(shape.height() * 0.34, 8.0, 11.0), true);
     p.setFont(font);
     if (primary) {
         p.setPen(QColor(0x9A, 0x2A, 0x30, 110));
@@ -396,6 +445,33 @@ QPixmap PaintButton(const SkinButton& button, ButtonState state)
         p.setPen(kHeading);
     }
     p.drawText(text, Qt::AlignCenter, button.caption);
+    return QPixmap::fromImage(image);
+}
+
+QPixmap PaintTalkingToServer(QSize size)
+{
+    QImage image = blankImage(size);
+    QPainter p(&image);
+    p.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
+    const QRectF pill = QRectF(image.rect()).adjusted(1, 1, -1, -1);
+    QLinearGradient fill(0, pill.top(), 0, pill.bottom());
+    fill.setColorAt(0, kBandFrom.lighter(115));
+    fill.setColorAt(1, kBandTo);
+    p.setPen(QPen(Qt::white, 2));
+    p.setBrush(fill);
+    p.drawRoundedRect(pill, pill.height() / 2, pill.height() / 2);
+    // A ring of dots, fading round, like a turning wheel.
+    const QPointF centre(pill.left() + pill.height() / 2 + 6, pill.center().y());
+    p.setPen(Qt::NoPen);
+    for (int i = 0; i < 8; ++i) {
+        const double angle = i * 3.14159265358979 / 4;
+        p.setBrush(QColor(255, 255, 255, 255 - i * 26));
+        p.drawEllipse(centre + QPointF(std::cos(angle), std::sin(angle)) * 9, 2.6, 2.6);
+    }
+    p.setPen(Qt::white);
+    p.setFont(Font(11, true));
+    p.drawText(pill.adjusted(pill.height() + 8, 0, -12, 0), Qt::AlignVCenter | Qt::AlignLeft,
+               QStringLiteral("Talking to the server..."));
     return QPixmap::fromImage(image);
 }
 

@@ -32,6 +32,9 @@ QImage PaintFace(const SkinWindowDesc& desc);
 // One picture of a button, the size of its rectangle.
 QPixmap PaintButton(const SkinButton& button, ButtonState state);
 
+// The busy picture shown over a window's buttons while it talks to the service.
+QPixmap PaintTalkingToServer(QSize size);
+
 // Where the painted close and minimise marks stand on a face of this width.
 QRect CloseMarkRect(int width);
 QRect MinimizeMarkRect(int width);

@@ -6,25 +6,25 @@
 
 #include <QLabel>
 
-frmMessage::frmMessage(const MessageWindowSpec& spec)
-    : CSkinWindow(spec.name), mSpec(spec)
+frmMessage::frmMessage(const MessageWindowRow& row)
+    : CSkinWindow(row.name), mRow(row)
 {
 }
 
 void frmMessage::Form_Load()
 {
     SkinWindowDesc desc;
-    desc.name = mSpec.name;
-    desc.size = mSpec.size;
-    desc.heading = mSpec.heading;
-    desc.body = mSpec.body;
-    desc.labels = mSpec.labels;
-    desc.textBoxes = mSpec.textBoxes;
-    for (const MessageButton& b : mSpec.buttons)
+    desc.name = mRow.name;
+    desc.size = mRow.size;
+    desc.heading = mRow.heading;
+    desc.body = mRow.body;
+    desc.labels = mRow.labels;
+    desc.textBoxes = mRow.textBoxes;
+    for (const MessageButton& b : mRow.buttons)
         desc.buttons.append({b.name, b.caption, b.look, QRect()});
     Build(desc);
 
-    for (const MessageButton& b : mSpec.buttons) {
+    for (const MessageButton& b : mRow.buttons) {
         const QString name = b.name;
         connect(Button(name), &CPictureButton::Released, this, [this, name] { Button_Released(name); });
     }
@@ -32,7 +32,7 @@ void frmMessage::Form_Load()
         charge->setText(gstrChargeText);
 
     SetLayeredColourKey(this, kColourKeyBlue, 100, LWA_COLORKEY);
-    if (mSpec.centredOnScreen)
+    if (mRow.centredOnScreen)
         CenterOnScreen(this);
     else
         CenterOnMainWindow(this);
@@ -40,7 +40,7 @@ void frmMessage::Form_Load()
 
 void frmMessage::Button_Released(const QString& name)
 {
-    for (const MessageButton& b : mSpec.buttons) {
+    for (const MessageButton& b : mRow.buttons) {
         if (b.name == name)
             Tag = b.tag;
     }
@@ -49,8 +49,8 @@ void frmMessage::Button_Released(const QString& name)
 
 void frmMessage::Form_KeyDown(int key)
 {
-    const QString& button = key == Qt::Key_Return ? mSpec.enterButton
-                            : key == Qt::Key_Escape ? mSpec.escapeButton
+    const QString& button = key == Qt::Key_Return ? mRow.enterButton
+                            : key == Qt::Key_Escape ? mRow.escapeButton
                                                     : QString();
     if (!button.isEmpty())
         Button_Released(button);
@@ -58,15 +58,15 @@ void frmMessage::Form_KeyDown(int key)
 
 void frmMessage::Form_Click()
 {
-    if (mSpec.clickUnloads)
+    if (mRow.clickUnloads)
         Unload();
 }
 
 std::unique_ptr<frmMessage> MessageWindow(const QString& name)
 {
-    for (const MessageWindowSpec& spec : MessageCatalogue()) {
-        if (spec.name == name)
-            return std::make_unique<frmMessage>(spec);
+    for (const MessageWindowRow& row : MessageCatalogue()) {
+        if (row.name == name)
+            return std::make_unique<frmMessage>(row);
     }
     return nullptr;
 }
@@ -74,7 +74,7 @@ std::unique_ptr<frmMessage> MessageWindow(const QString& name)
 QStringList MessageWindowNames()
 {
     QStringList names;
-    for (const MessageWindowSpec& spec : MessageCatalogue())
-        names << spec.name;
+    for (const MessageWindowRow& row : MessageCatalogue())
+        names << row.name;
     return names;
 }

@@ -22,7 +22,7 @@ struct MessageButton {
     ButtonLook look = ButtonLook::Primary;
 };
 
-struct MessageWindowSpec {
+struct MessageWindowRow {
     QString name;
     QString heading;
     QString body;
@@ -37,14 +37,14 @@ struct MessageWindowSpec {
 };
 
 // The catalogue, one row a window.
-const QList<MessageWindowSpec>& MessageCatalogue();
+const QList<MessageWindowRow>& MessageCatalogue();
 QStringList MessageWindowNames();
 
 class frmMessage : public CSkinWindow {
     Q_OBJECT
 public:
-    explicit frmMessage(const MessageWindowSpec& spec);
-    const MessageWindowSpec& Spec() const { return mSpec; }
+    explicit frmMessage(const MessageWindowRow& row);
+    const MessageWindowRow& Row() const { return mRow; }
 
 protected:
     void Form_Load() override;
@@ -54,7 +54,7 @@ protected:
 private:
     void Button_Released(const QString& name);
 
-    MessageWindowSpec mSpec;
+    MessageWindowRow mRow;
 };
 
 // A new, unloaded window of the catalogue; null for a name it does not hold.

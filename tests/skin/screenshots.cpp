@@ -1,12 +1,16 @@
 // Renders every window of the program to build/screenshots/<name>.png (or the
 // folder given as the first argument), holes transparent, so that anyone can
 // look at the skin. tools/screenshots.sh runs it under Xvfb.
+#include "core/frmIntro.h"
 #include "core/globals.h"
 #include "core/modCommon.h"
+#include "editing/frmMain.h"
+#include "platform/AudioEditor2.h"
 #include "skin/CDialog.h"
 #include "skin/CPictureButton.h"
 #include "skin/frmGenericOKDialog.h"
 #include "skin/frmMessage.h"
+#include "support/SoundFiles.h"
 #include "support/TestGround.h"
 
 #include <QApplication>
@@ -58,6 +62,18 @@ int main(int argc, char** argv)
     QDir().mkpath(gFolder);
     gstrChargeText = QStringLiteral("50p, added to your phone bill");
 
+    {
+        frmIntro& intro = IntroWindow();
+        intro.Show(false);
+        save(&intro, QStringLiteral("frmIntro"));
+        intro.Button(QStringLiteral("imgOK"))->ShowOver();
+        save(&intro, QStringLiteral("frmIntro-hover"));
+        intro.Button(QStringLiteral("imgOK"))->ShowRest();
+        intro.Button(QStringLiteral("imgClose"))->ShowOver();
+        save(&intro, QStringLiteral("frmIntro-close-hover"));
+        DropStartupWindows();
+    }
+
     for (const QString& name : MessageWindowNames()) {
         auto window = MessageWindow(name);
         window->Load();
@@ -72,6 +88,61 @@ int main(int argc, char** argv)
         window->Unload();
     }
 
+    {
+        // The toolkit's other parts on one sample: fields, a link, and the busy picture.
+        class frmSkinSample : public CSkinWindow {
+        public:
+            frmSkinSample() : CSkinWindow(QStringLiteral("frmSkinSample")) {}
+
+        protected:
+            void Form_Load() override
+            {
+                SkinWindowDesc desc;
+                desc.size = QSize(420, 300);
+                desc.heading = QStringLiteral("Sign in");
+                desc.labels = {{QStringLiteral("lblMobile"), QRect(40, 122, 120, 24), LabelKind::Text,
+                                QStringLiteral("Mobile number"), 10, false, int(Qt::AlignLeft | Qt::AlignVCenter)},
+                               {QStringLiteral("lblPassword"), QRect(40, 160, 120, 24), LabelKind::Text,
+                                QStringLiteral("Password"), 10, false, int(Qt::AlignLeft | Qt::AlignVCenter)},
+                               {QStringLiteral("lblForgotten"), QRect(170, 196, 210, 20), LabelKind::Link,
+                                QStringLiteral("Forgotten your password?"), 9, false,
+                                int(Qt::AlignRight | Qt::AlignVCenter)}};
+                desc.textBoxes = {{QStringLiteral("txtMobileNumber"), QRect(170, 118, 210, 30), false, false, true},
+                                  {QStringLiteral("txtPassword"), QRect(170, 156, 210, 30)}};
+                desc.buttons = {{QStringLiteral("imgOK"), QStringLiteral("Sign in")}};
+                desc.talkingToServer = true;
+                desc.closeMark = true;
+                desc.minimizeMark = true;
+                Build(desc);
+                SetLayeredColourKey(this, kColourKeyBlue, 100, LWA_COLORKEY);
+            }
+        } sample;
+        sample.Show(false);
+        save(&sample, QStringLiteral("skin-sample"));
+        sample.Label(QStringLiteral("imgTalkingToServer"))->show();
+        save(&sample, QStringLiteral("skin-sample-busy"));
+    }
+    {
+        // The main window with a song loaded and a part marked, then in record mode.
+        gintFreeQuills = 3;
+        frmMain& main = MainForm();
+        main.Load();
+        main.show();
+        save(&main, QStringLiteral("frmMain-empty"));
+        main.LoadSoundFile(MakeTone(ground.tempFolder() + QStringLiteral("/Summer Song.mp3"), 95.0, 330));
+        main.AudioEditor21->SetShowSelection(true);
+        main.AudioEditor21->SetSelectionStart(44100 * 31);
+        main.AudioEditor21->SetSelectionEnd(44100 * 51);
+        main.AudioEditor21->SetPlayPosition(44100 * 36);
+        save(&main, QStringLiteral("frmMain"));
+        main.Button(QStringLiteral("cmdSend"))->ShowOver();
+        save(&main, QStringLiteral("frmMain-hover"));
+        main.Button(QStringLiteral("cmdSend"))->ShowRest();
+        main.mbRecordMode = true;
+        main.ApplyWindowMode();
+        save(&main, QStringLiteral("frmMain-record"));
+        DropMainForm();
+    }
     {
         CDialog notice;
         notice.Display(QStringLiteral("Making your tone. Please wait (40% complete)"), false, nullptr);

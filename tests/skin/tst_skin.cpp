@@ -6,12 +6,14 @@
 #include "skin/frmGenericOKDialog.h"
 #include "skin/frmMessage.h"
 #include "skin/modWindowDrag.h"
+#include "support/QuietOffscreen.h"
 #include "support/TestGround.h"
 
 #include <QApplication>
 #include <QBitmap>
 #include <QCursor>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QScreen>
 #include <QTest>
@@ -69,6 +71,7 @@ class tst_Skin : public QObject {
     std::unique_ptr<TestGround> ground;
 
 private slots:
+    void initTestCase() { QuietOffscreenPlugin(); }
     void init() { ground = std::make_unique<TestGround>(); }
     void cleanup() { ground.reset(); }
 
@@ -332,6 +335,43 @@ private slots:
         QTest::mouseRelease(handle(&w), Qt::LeftButton, {}, QPoint(50, 170));
         QCOMPARE(DragOutline(), QRect());
         QCOMPARE(w.geometry(), busy ? start : start.translated(30, 20));
+    }
+
+    void textBox_numbersTakeOnlyDigits_data()
+    {
+        QTest::addColumn<bool>("digitsOnly");
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("kept");
+        QTest::addRow("number") << true << "07a7-00 9x" << "077009";
+        QTest::addRow("text") << false << "07a7-00" << "07a7-00";
+    }
+    void textBox_numbersTakeOnlyDigits()
+    {
+        QFETCH(bool, digitsOnly);
+        QFETCH(QString, typed);
+        QFETCH(QString, kept);
+        class frmNumber : public CSkinWindow {
+        public:
+            explicit frmNumber(bool digits) : CSkinWindow("frmNumber"), mDigits(digits) {}
+            bool mDigits;
+        protected:
+            void Form_Load() override
+            {
+                SkinWindowDesc desc;
+                desc.textBoxes = {{"txtMobileNumber", QRect(40, 100, 200, 30), false, false, mDigits}};
+                desc.talkingToServer = true;
+                Build(desc);
+            }
+        } w(digitsOnly);
+        w.Show(false);
+        auto* box = w.findChild<QLineEdit*>("txtMobileNumber");
+        QTest::keyClicks(box, typed);
+        QCOMPARE(box->text(), kept);
+        QTest::keyClick(box, Qt::Key_Backspace);
+        QCOMPARE(box->text(), kept.chopped(1));
+        // The busy picture is there, hidden until the window talks to the service.
+        QLabel* busy = w.Label("imgTalkingToServer");
+        QVERIFY(busy && busy->isHidden() && !busy->pixmap().isNull());
     }
 
     void cdialog_modalRestoresThePointer_data()

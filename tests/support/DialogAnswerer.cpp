@@ -77,9 +77,14 @@ void DialogAnswerer::press(QWidget* window, const QString& control)
         QTest::keyClick(window, Qt::Key_Escape);
         return;
     }
-    if (auto* box = qobject_cast<QMessageBox*>(window); box && control == QLatin1String("OK")) {
-        box->button(QMessageBox::Ok)->click();
-        return;
+    if (auto* box = qobject_cast<QMessageBox*>(window)) {
+        const QMessageBox::StandardButton which = control == QLatin1String("Yes")  ? QMessageBox::Yes
+                                                  : control == QLatin1String("No") ? QMessageBox::No
+                                                                                   : QMessageBox::Ok;
+        if (QAbstractButton* button = box->button(which)) {
+            button->click();
+            return;
+        }
     }
     QWidget* child = window->findChild<QWidget*>(control);
     if (!child) {

@@ -20,7 +20,7 @@ public:
     DialogAnswerer();
 
     // control: the objectName of a child to press, "Enter", "Escape", or
-    // "OK" for the plain message box.
+    // "OK", "Yes", "No" for the plain message box.
     DialogAnswerer& answer(const QString& window, const QString& control);
 
     bool allAnswered() const { return mQueue.isEmpty(); }

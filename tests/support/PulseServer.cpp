@@ -1,5 +1,6 @@
 #include "support/PulseServer.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QProcess>
 #include <QProcessEnvironment>
@@ -61,6 +62,11 @@ PulseServer::PulseServer()
         mError = "pulseaudio wrote no pid";
         return;
     }
+    // A test that crashes must not leave its server behind: a watcher ends
+    // the server once this process is gone.
+    QProcess::startDetached("sh", {"-c", QStringLiteral("tail --pid=%1 -f /dev/null; kill -9 %2")
+                                             .arg(QCoreApplication::applicationPid())
+                                             .arg(mPid)});
     qputenv("PULSE_SERVER", ("unix:" + Socket()).toLocal8Bit());
     qputenv("PULSE_CLIENTCONFIG", (root + "/client.conf").toLocal8Bit());
 }

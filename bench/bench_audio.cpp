@@ -1,0 +1,126 @@
+// The audio engine: opening a song in the editor against FFmpeg's own
+// decoder, memory with an hour-long song open, one repaint of the wave,
+// ConvertAudio to AMR against FFmpeg's command line, and a cut to MP3.
+#include "Bench.h"
+#include "cd/CDManager.h"
+#include "core/modCommon.h"
+#include "platform/AudioEditor2.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QImage>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <algorithm>
+
+namespace {
+bool run(const QString& program, const QStringList& arguments)
+{
+    QProcess p;
+    p.start(program, arguments);
+    return p.waitForFinished(600000) && p.exitStatus() == QProcess::NormalExit && p.exitCode() == 0;
+}
+
+// Songs made once per run: noise is as hard to decode as music.
+struct Songs {
+    QTemporaryDir dir;
+    QString fiveMinutes = dir.filePath("five.mp3");
+    QString hour = dir.filePath("hour.mp3");
+    QString halfMinute = dir.filePath("half.mp3");
+
+    Songs()
+    {
+        run("ffmpeg", {"-v", "error", "-y", "-f", "lavfi", "-i", "anoisesrc=d=300:c=pink:a=0.3:r=44100", "-ac", "2",
+                       "-c:a", "libmp3lame", "-b:a", "192k", fiveMinutes});
+        run("ffmpeg", {"-v", "error", "-y", "-t", "30", "-i", fiveMinutes, "-c", "copy", halfMinute});
+        QFile list(dir.filePath("list.txt"));
+        list.open(QIODevice::WriteOnly);
+        for (int i = 0; i < 12; ++i)
+            list.write(QStringLiteral("file '%1'\n").arg(fiveMinutes).toUtf8());
+        list.close();
+        run("ffmpeg", {"-v", "error", "-y", "-f", "concat", "-safe", "0", "-i", list.fileName(), "-c", "copy", hour});
+    }
+};
+
+Songs& songs()
+{
+    static Songs made;
+    return made;
+}
+
+double medianOfProcess(int runs, const QString& program, const QStringList& arguments)
+{
+    return MedianMilliseconds(runs, [&] { run(program, arguments); });
+}
+
+long kilobytesOf(const char* field)
+{
+    QFile status("/proc/self/status");
+    status.open(QIODevice::ReadOnly);
+    for (const QByteArray& line : status.readAll().split('\n')) {
+        if (line.startsWith(field))
+            return line.mid(static_cast<int>(strlen(field))).trimmed().split(' ').first().toLong();
+    }
+    return 0;
+}
+
+const bool openRatio = RegisterBench("AudioEditor_Open5minMp3_vsFfmpeg", [] {
+    const QString song = songs().fiveMinutes;
+    AudioEditor2 editor;
+    const double ours = MedianMilliseconds(3, [&] { editor.OpenFile(song); });
+    const double theirs = medianOfProcess(3, "ffmpeg", {"-v", "error", "-i", song, "-f", "null", "-"});
+    return BenchFigure{ours / theirs, "x ffmpeg (target <= 1.2)"};
+});
+
+const bool hourMemory = RegisterBench("AudioEditor_PeakRss60minMp3", [] {
+    const QString song = songs().hour;
+    QFile clear("/proc/self/clear_refs");  // starts the peak afresh
+    if (clear.open(QIODevice::WriteOnly))
+        clear.write("5");
+    AudioEditor2 editor;
+    editor.OpenFile(song);
+    return BenchFigure{kilobytesOf("VmHWM:") / 1024.0, "MB (target <= 150)"};
+});
+
+const bool repaint = RegisterBench("AudioEditor_Repaint", [] {
+    AudioEditor2 editor;
+    editor.resize(440, 110);
+    editor.OpenFile(songs().hour);
+    QImage canvas(editor.size(), QImage::Format_ARGB32_Premultiplied);
+    double worst = 0;
+    const int32_t total = editor.TotalSamples();
+    for (const auto& [from, to] : {std::pair{0, total}, std::pair{total / 3, total / 3 + 44100 * 60},
+                                   std::pair{total / 2, total / 2 + 44100}, std::pair{total - 2000, total}}) {
+        editor.ZoomToRange(from, to);
+        editor.SetSelectionStart(from + (to - from) / 4);
+        editor.SetSelectionEnd(from + (to - from) / 2);
+        worst = std::max(worst, MedianMilliseconds(21, [&] { editor.render(&canvas); }));
+    }
+    return BenchFigure{worst, "ms, worst zoom (target <= 4)"};
+});
+
+const bool amrRatio = RegisterBench("ConvertAudio_30sMp3ToAmrNb_vsFfmpeg", [] {
+    QString source = songs().halfMinute;
+    QString target = songs().dir.filePath("tone.amr");
+    int32_t format = 1;
+    CDManager manager;
+    const double ours = MedianMilliseconds(3, [&] {
+        QFile::remove(target);
+        manager.ConvertAudio(source, target, format);
+    });
+    const QString theirs = songs().dir.filePath("ffmpeg.amr");
+    const double reference = medianOfProcess(3, "ffmpeg", {"-v", "error", "-y", "-i", source, "-ar", "8000", "-ac", "1",
+                                                           "-c:a", "libopencore_amrnb", "-b:a", "12.2k", theirs});
+    return BenchFigure{ours / reference, "x ffmpeg (target <= 1.0)"};
+});
+
+const bool cut = RegisterBench("AudioEditor_SaveToFile30sMp3", [] {
+    AudioEditor2 editor;
+    editor.OpenFile(songs().fiveMinutes);
+    editor.SetSelectionStart(44100 * 60);
+    editor.SetSelectionEnd(44100 * 90);
+    const QString target = songs().dir.filePath("preview.mp3");
+    return BenchFigure{MedianMilliseconds(5, [&] { editor.SaveToFile(target, true, AudioEditor2::FormatMp3); }),
+                       "ms (target <= 150)"};
+});
+}  // namespace

@@ -1,0 +1,86 @@
+#pragma once
+// The one working window: the waveform editor and the buttons around it. It
+// decides, for each press, what the sound in the editor now is (none, a
+// loaded file, a trimmed part of it, a recording in the making) and hands
+// the result to the send pipeline.
+#include "skin/CSkinWindow.h"
+
+#include <cstdint>
+#include <memory>
+
+class AudioEditor2;
+class CAudioPlayer;
+class CClickLabel;
+class NCTAmpBar2;
+class NCTSliderB2;
+class QTimer;
+
+class frmMain : public CSkinWindow {
+    Q_OBJECT
+public:
+    frmMain();
+    ~frmMain() override;
+
+    void RefreshFreeQuillCount();
+    void LoadSoundFile(const QString& path);
+    void LoadIntoEditor(const QString& path);
+    void SetStatusText(const QString& text);
+    void ApplyWindowMode();
+    void ClearToneDisplay();
+    // True when the send may go on: the tone is within "MaxToneSize", or the
+    // user agreed to send it anyway.
+    void CheckToneSize(const QString& path, bool& result);
+    void SendTone();
+    void ResetButtonPictures();
+
+    int32_t mintLoadStage = 0;  // 1 "Loading. Please wait (", 2 "Preparing ringtone ("
+    QString mstrCurrentFile;
+    int16_t mintVolumeDirection = 0;
+    bool mbRecordMode = false;
+    bool mbPlaying = false;  // nothing reads it to decide
+    bool mbBusy = false;
+    float msngTrimOffset = 0;
+    bool mbResetting = false;
+    QString mstrRecordingPath;
+    bool mbRecording = false;
+    float msngFileLength = 0;
+    bool mbTrimmed = false;
+    std::unique_ptr<CAudioPlayer> mobjRecordAudioPlayer;  // here it is only ever stopped
+
+    AudioEditor2* AudioEditor21 = nullptr;
+    NCTSliderB2* NCTSliderB21 = nullptr;
+
+protected:
+    void Form_Load() override;
+    bool DragAllowed() const override { return !mbBusy; }
+
+private:
+    void buildControls();
+    QLabel* label(const char* name) const;
+    CClickLabel* hotSpot(const char* name) const;
+    void notThereYet(const QString& what);
+
+    void AudioEditor21_OnEditorProgress(int percent);
+    void AudioEditor21_OnEditorSelectionChanged();
+    void AudioEditor21_OnEditorPositionChanged();
+    void cmdOpen_Released();
+    void cmdTrim_Released();
+    void cmdReset_Released();
+    void cmdPlay_Released();
+    void cmdStop_Released();
+    void cmdSend_Released();
+    void lblLastURL_DblClick();
+    void tmrVolume_Timer();
+    void mobjRecordAudioPlayer_Timer(double SecondsElapsed);
+
+    QImage mNormalFace;
+    QImage mRecordFace;
+    NCTAmpBar2* ampbarLeft = nullptr;
+    NCTAmpBar2* ampbarRight = nullptr;
+    QTimer* tmrVolume = nullptr;
+};
+
+// The one main window of the run, made on first use (not loaded).
+frmMain& MainForm();
+// Drops it; the next MainForm() makes a new one (tests, the end of the run).
+void DropMainForm();

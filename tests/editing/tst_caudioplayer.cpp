@@ -1,0 +1,126 @@
+#include "editing/CAudioPlayer.h"
+#include "support/DialogAnswerer.h"
+#include "support/PulseServer.h"
+#include "support/SoundFiles.h"
+#include "support/TakeRecorder.h"
+#include "support/TestGround.h"
+
+#include <QFile>
+#include <QSignalSpy>
+#include <QTest>
+#include <cmath>
+#include <memory>
+
+class tst_CAudioPlayer : public QObject {
+    Q_OBJECT
+    std::unique_ptr<PulseServer> pulse;
+    std::unique_ptr<TestGround> ground;
+    std::unique_ptr<DialogAnswerer> answerer;
+
+    QString scratch(const QString& name) const { return ground->tempFolder() + "/" + name; }
+
+private slots:
+    void initTestCase()
+    {
+        pulse = std::make_unique<PulseServer>();
+        QVERIFY2(pulse->Started(), qPrintable(pulse->Error()));
+    }
+    void init()
+    {
+        ground = std::make_unique<TestGround>();
+        answerer = std::make_unique<DialogAnswerer>();
+    }
+    void cleanup()
+    {
+        QVERIFY(answerer->unexpected.isEmpty());
+        answerer.reset();
+        ground.reset();
+    }
+
+    void playback_isHeardOnTheSoundServer_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<int>("rate");
+        QTest::addColumn<int>("channels");
+        QTest::addRow("mp3 stereo 44.1 kHz") << "t.mp3" << 44100 << 2;
+        QTest::addRow("wma mono 22 kHz") << "t.wma" << 22050 << 1;
+    }
+    void playback_isHeardOnTheSoundServer()
+    {
+        QFETCH(QString, name);
+        QFETCH(int, rate);
+        QFETCH(int, channels);
+        // Longer than one block of four seconds, so the player is fed again.
+        const QString tone = MakeTone(scratch(name), 5.0, 1000, rate, channels);
+        TakeRecorder take(scratch("heard.wav"));
+        QCOMPARE(take.recorder.Status(), 0);
+        CAudioPlayer player;
+        QSignalSpy timer(&player, &CAudioPlayer::Timer);
+        player.LoadFile(tone);
+        player.StartPlaying();
+        QVERIFY(player.IsPlaying());
+        QSignalSpy recorded(&take.recorder, &NCTAudioRecord2::Timer);
+        QTRY_VERIFY_WITH_TIMEOUT(!timer.isEmpty() && timer.last().at(0).toDouble() >= 5.0, 15000);
+        // The player counts what it handed over; the server plays it a little later.
+        QTRY_VERIFY_WITH_TIMEOUT(recorded.last().at(0).toLongLong() >= 44100 * 6, 15000);
+        for (const auto& args : timer)
+            QCOMPARE(args.at(0).toDouble(), std::round(args.at(0).toDouble()));  // whole seconds
+        take.Stop();
+        // The class does not notice the end of the file.
+        QVERIFY(player.IsPlaying());
+        player.StopPlaying();
+        QVERIFY(!player.IsPlaying());
+
+        const std::vector<int16_t> heard = DecodeMono(scratch("heard.wav"), 44100);
+        QVERIFY(heard.size() > 44100 * 5);
+        // Somewhere in what was recorded stands a second of the 1 kHz tone.
+        bool found = false;
+        for (double t = 0; t + 1.0 <= heard.size() / 44100.0 && !found; t += 0.25) {
+            const double crossings = CrossingsPerSecond(heard, 44100, t, t + 1.0);
+            found = PeakBetween(heard, 44100, t, t + 1.0) > 2000 && std::abs(crossings - 2000) < 40;
+        }
+        QVERIFY(found);
+    }
+
+    void startPlaying_whileStreamingStartsAgain()
+    {
+        CAudioPlayer player;
+        player.LoadFile(MakeTone(scratch("a.wav"), 6.0));
+        QSignalSpy timer(&player, &CAudioPlayer::Timer);
+        player.StartPlaying();
+        QTRY_VERIFY_WITH_TIMEOUT(!timer.isEmpty() && timer.last().at(0).toDouble() >= 2.0, 10000);
+        timer.clear();
+        player.StartPlaying();
+        QVERIFY(timer.wait(5000));
+        QCOMPARE(timer.first().at(0).toDouble(), 0.0);
+        player.StopPlaying();
+    }
+
+    void silentCases_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<bool>("exists");
+        QTest::addRow("no such file") << QByteArray() << false;
+        QTest::addRow("not a sound") << QByteArray("hello, phone\n").repeated(40) << true;
+        QTest::addRow("zero length") << QByteArray() << true;
+    }
+    void silentCases()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(bool, exists);
+        const QString path = scratch("x.mp3");
+        if (exists) {
+            QFile f(path);
+            QVERIFY(f.open(QIODevice::WriteOnly));
+            f.write(content);
+        }
+        CAudioPlayer player;
+        player.StopPlaying();  // nothing playing: harmless
+        player.LoadFile(path);
+        player.StartPlaying();
+        QVERIFY(!player.IsPlaying());
+    }
+};
+
+QTEST_MAIN(tst_CAudioPlayer)
+#include "tst_caudioplayer.moc"

@@ -1,0 +1,150 @@
+#include "platform/NCTAudioPlayer2.h"
+#include "platform/NCTAudioRecord2.h"
+#include "platform/SoundLevel.h"
+#include "support/PulseServer.h"
+#include "support/SoundFiles.h"
+#include "support/TakeRecorder.h"
+#include "support/TestGround.h"
+
+#include <QFile>
+#include <QSignalSpy>
+#include <QTest>
+#include <memory>
+
+class tst_Recorder : public QObject {
+    Q_OBJECT
+    std::unique_ptr<PulseServer> pulse;
+    std::unique_ptr<TestGround> ground;
+
+    QString scratch(const QString& name) const { return ground->tempFolder() + "/" + name; }
+
+private slots:
+    // One server for the process: the sound backend connects once. The case
+    // that unplugs the devices comes last.
+    void initTestCase()
+    {
+        pulse = std::make_unique<PulseServer>();
+        QVERIFY2(pulse->Started(), qPrintable(pulse->Error()));
+    }
+    void init() { ground = std::make_unique<TestGround>(); }
+    void cleanup() { ground.reset(); }
+
+    void levels_data()
+    {
+        QTest::addColumn<int>("peak");
+        QTest::addColumn<int>("level");
+        QTest::addRow("silence") << 0 << 0;
+        QTest::addRow("full scale") << 32767 << 80;
+        QTest::addRow("-20 dBFS") << 3277 << 60;
+        QTest::addRow("-60 dBFS") << 33 << 20;
+        QTest::addRow("below -80 dBFS") << 1 << 0;
+    }
+    void levels()
+    {
+        QFETCH(int, peak);
+        QFETCH(int, level);
+        QCOMPARE(LevelOfPeak(peak), level);
+    }
+
+    void deviceList_namesTheServersInputs()
+    {
+        NCTAudioRecord2 recorder;
+        QVERIFY(recorder.DeviceCount() >= 1);
+        QVERIFY(recorder.CurrentDevice() >= 0);
+        QVERIFY(recorder.DeviceUsable());
+        QVERIFY(!recorder.DeviceName().isEmpty());
+        const int standard = recorder.CurrentDevice();
+        recorder.SetCurrentDevice(recorder.DeviceCount());  // one beyond, as the list walk goes
+        QVERIFY(!recorder.DeviceUsable());
+        QCOMPARE(recorder.DeviceName(), QString());
+        recorder.SetCurrentDevice(standard);
+        QVERIFY(recorder.DeviceUsable());
+    }
+
+    void take_blocksLevelsAndWaveHeader()
+    {
+        const QString tone = MakeTone(scratch("tone.wav"), 3.0, 500, 44100, 2);
+        TakeRecorder take(scratch("take.wav"));
+        QCOMPARE(take.recorder.Status(), 0);
+        QSignalSpy blocks(&take.recorder, &NCTAudioRecord2::EndArrayRecord);
+        QSignalSpy timer(&take.recorder, &NCTAudioRecord2::Timer);
+        NCTAudioFileReader2 reader;
+        reader.OpenFile(tone, 0, 1);
+        NCTAudioPlayer2 player;
+        player.SetFormat(reader.SampleRate(), reader.Channels());
+        player.StartArrayPlay();
+        QCOMPARE(player.Status(), 0);
+        player.LoadArray(reader.ReadBlock(player.BytesForMilliseconds(10000)));
+        QSignalSpy ended(&player, &NCTAudioPlayer2::EndPlay);
+        QVERIFY(ended.wait(15000));
+        take.Stop();
+        QVERIFY(blocks.size() >= 3);
+        QCOMPARE(take.recorder.GetArray().size() % 4, 0);
+        // The tone's level (an eighth of full scale, about 62) shows while it plays.
+        int loudest = 0;
+        for (const auto& args : timer)
+            loudest = std::max(loudest, args.at(1).toInt());
+        QVERIFY2(loudest >= 55 && loudest <= 66, qPrintable(QString::number(loudest)));
+        const ProbedSound probed = Probe(scratch("take.wav"));
+        QCOMPARE(probed.codec, QString("pcm_s16le"));
+        QCOMPARE(probed.sampleRate, 44100);
+        QCOMPARE(probed.channels, 2);
+        QCOMPARE(qint64(QFile(scratch("take.wav")).size()), qint64(44 + probed.seconds * 44100 * 4 + 0.5));
+    }
+
+    void arrayPlay_smallBlocksFedOnRequestPlayThrough()
+    {
+        // CD playback feeds blocks of 26 sectors (about 0.35 s) on each
+        // request; the player must not run dry between them.
+        NCTAudioPlayer2 player;
+        player.SetFormat(44100, 2);
+        const QByteArray block(26 * 2352, '\x20');
+        int fed = 0;
+        auto feed = [&] {
+            if (fed < 12) {
+                ++fed;
+                player.LoadArray(block);
+            }
+        };
+        connect(&player, &NCTAudioPlayer2::RequestOnLoadArray, this, feed);
+        connect(&player, &NCTAudioPlayer2::EndArrayPlay, this, feed);
+        QSignalSpy ended(&player, &NCTAudioPlayer2::EndPlay);
+        QSignalSpy timer(&player, &NCTAudioPlayer2::Timer);
+        player.StartArrayPlay();
+        feed();
+        QVERIFY(ended.wait(15000));
+        QCOMPARE(fed, 12);
+        QCOMPARE(player.Status(), 0);
+        // All twelve blocks went out, about 4.2 s of sound; the last tick may
+        // come a little before the end.
+        QVERIFY(!timer.isEmpty());
+        QVERIFY2(timer.last().at(0).toLongLong() >= 12 * 26 * 588 * 8 / 10,
+                 qPrintable(QString::number(timer.last().at(0).toLongLong())));
+        player.Stop();
+    }
+
+    void deviceVanishing_endsPlayAndTakeCleanly()
+    {
+        TakeRecorder take(scratch("cut.wav"));
+        NCTAudioPlayer2 player;
+        player.SetFormat(44100, 2);
+        player.StartArrayPlay();
+        player.LoadArray(QByteArray(player.BytesForMilliseconds(20000), '\x10'));
+        QSignalSpy ended(&player, &NCTAudioPlayer2::EndPlay);
+        QSignalSpy blocks(&take.recorder, &NCTAudioRecord2::EndArrayRecord);
+        QVERIFY(blocks.wait(5000));
+        QVERIFY(pulse->UnplugDevices());
+        QVERIFY(ended.wait(10000));
+        QVERIFY(player.Status() < 0);
+        QTRY_VERIFY_WITH_TIMEOUT(take.recorder.Status() < 0, 10000);
+        take.Stop();
+        // What was recorded before is a good wave file of its own length.
+        const ProbedSound probed = Probe(scratch("cut.wav"));
+        QCOMPARE(probed.codec, QString("pcm_s16le"));
+        QVERIFY(probed.seconds >= 1.0);
+        player.Stop();
+    }
+};
+
+QTEST_MAIN(tst_Recorder)
+#include "tst_recorder.moc"
