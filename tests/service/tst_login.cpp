@@ -6,6 +6,7 @@
 #include "core/seams.h"
 #include "service/CAnnouncements.h"
 #include "service/CLoginManager.h"
+#include "core/StartupParts.h"
 #include "core/frmIntro.h"
 #include "skin/CPictureButton.h"
 #include "service/frmLogin.h"
@@ -373,6 +374,18 @@ private slots:
         QVERIFY(script.unexpected.isEmpty());
         QVERIFY(script.seen[0].contains("cannot be reached"));
         QVERIFY(script.seen[1].endsWith(": err"));
+    }
+
+    void startupLogsInThroughThisLogin()
+    {
+        RegisterLogin();
+        WindowScript script;
+        script.when("frmLogin", SignIn(kDemo, kDemoPassword));
+        const LoginResult result = startupParts().login(QString());
+        startupParts().login = nullptr;
+        QVERIFY(script.done());
+        QVERIFY(result.LoggedIn && !result.DoSignup);
+        QCOMPARE(gstrMobileNumber, kDemo);
     }
 };
 
