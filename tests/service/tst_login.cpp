@@ -6,6 +6,7 @@
 #include "core/seams.h"
 #include "service/CAnnouncements.h"
 #include "service/CLoginManager.h"
+#include "core/StartupParts.h"
 #include "core/frmIntro.h"
 #include "skin/CPictureButton.h"
 #include "service/frmLogin.h"
@@ -349,6 +350,42 @@ private slots:
         QVERIFY(script.seen[1].contains("Your friend Bo has joined"));
         QVERIFY(script.seen[2].contains("Your friend Cy has joined"));
         QCOMPARE(Requests("AnnouncementRead.asp?MobileNumber=0400000101&Password=secret99"), 4);
+    }
+
+    void unreachableServiceShowsErrUntilAnswered()
+    {
+        QVERIFY(!service->addActiveCustomer("0400000104", "secret99").isEmpty());
+        service->get("AnnouncementRead.asp?MobileNumber=0400000104&Password=secret99");
+        gstrMobileNumber = "0400000104";
+        gstrPassword = Encrypt("secret99", gstrMachineKey);
+        QTcpServer probe;
+        probe.listen(QHostAddress::LocalHost);
+        seams().serviceBaseUrl = QString("https://127.0.0.1:%1/").arg(probe.serverPort());
+        probe.close();
+        // Closing the "err" window paces the next try; by then the service is back.
+        WindowScript script;
+        script.when("frmGenericOKDialog", WindowScript::key(Qt::Key_Return))
+            .when("frmAnnouncements", [this](QWidget* w) {
+                seams().serviceBaseUrl = service->baseUrl();
+                WindowScript::press("imgOK")(w);
+            });
+        CAnnouncements().CheckForAnnouncements();
+        QVERIFY(script.done());
+        QVERIFY(script.unexpected.isEmpty());
+        QVERIFY(script.seen[0].contains("cannot be reached"));
+        QVERIFY(script.seen[1].endsWith(": err"));
+    }
+
+    void startupLogsInThroughThisLogin()
+    {
+        RegisterLogin();
+        WindowScript script;
+        script.when("frmLogin", SignIn(kDemo, kDemoPassword));
+        const LoginResult result = startupParts().login(QString());
+        startupParts().login = nullptr;
+        QVERIFY(script.done());
+        QVERIFY(result.LoggedIn && !result.DoSignup);
+        QCOMPARE(gstrMobileNumber, kDemo);
     }
 };
 

@@ -14,6 +14,8 @@
 #include <QTextDocumentFragment>
 #include <QTimer>
 #include <QUrl>
+#include <csignal>
+#include <sys/prctl.h>
 
 QString ServiceFixture::servicePath()
 {
@@ -37,6 +39,8 @@ ServiceFixture::ServiceFixture(const QStringList& extraArgs)
           << QStringLiteral("--demo-account")
           << QStringLiteral("%1:%2").arg(QLatin1String(kDemoMobile), QLatin1String(kDemoPassword)) << extraArgs;
     mProcess.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    // A test that dies takes its service with it.
+    mProcess.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGTERM); });
     start();
 }
 
