@@ -19,4 +19,7 @@ function(quillotone_subsystem name)
   add_library(quillotone_${name} STATIC ${sources})
   target_include_directories(quillotone_${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
   target_link_libraries(quillotone_${name} PUBLIC ${ARG_LIBS})
+  # The subsystems call each other both ways (the main window sends, the send
+  # pipeline drives the main window), so the linker walks the cycle more than twice.
+  set_property(TARGET quillotone_${name} PROPERTY LINK_INTERFACE_MULTIPLICITY 3)
 endfunction()

@@ -218,9 +218,7 @@ void frmMain::sendByTunnel(CDialog& dialog, const QString& contentType, const QS
 void frmMain::sendDirect(CDialog& dialog, const QString& contentType, const QString& toneFile)
 {
     dialog.HideForm();
-    frmUploadingTone& uploading = UploadingToneWindow();
-    uploading.Load();
-    uploading.setParent(this, uploading.windowFlags());
+    frmUploadingTone& uploading = UploadingToneWindow(this);
     uploading.Show(false);
     QCoreApplication::processEvents();
     QThread::msleep(10);

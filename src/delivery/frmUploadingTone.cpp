@@ -6,7 +6,6 @@
 #include <QLabel>
 #include <QPainter>
 #include <QTimer>
-#include <memory>
 
 namespace {
 constexpr int kFrames = 5;
@@ -87,22 +86,12 @@ void frmUploadingTone::Form_Click()
     Hide();
 }
 
-namespace {
-std::unique_ptr<frmUploadingTone>& instance()
+frmUploadingTone& UploadingToneWindow(QWidget* frmMain)
 {
-    static std::unique_ptr<frmUploadingTone> window;
-    return window;
-}
-}  // namespace
-
-frmUploadingTone& UploadingToneWindow()
-{
-    if (!instance())
-        instance() = std::make_unique<frmUploadingTone>();
-    return *instance();
-}
-
-void DropUploadingToneWindow()
-{
-    instance().reset();
+    auto* window = frmMain->findChild<frmUploadingTone*>(QStringLiteral("frmUploadingTone"), Qt::FindDirectChildrenOnly);
+    if (!window) {
+        window = new frmUploadingTone;
+        window->setParent(frmMain, window->windowFlags());
+    }
+    return *window;
 }

@@ -30,6 +30,5 @@ private:
     QTimer* tmrAnimation = nullptr;
 };
 
-// The one window of the run, made on first use.
-frmUploadingTone& UploadingToneWindow();
-void DropUploadingToneWindow();
+// The main window's one uploading window, made on first use and owned by it.
+frmUploadingTone& UploadingToneWindow(QWidget* frmMain);

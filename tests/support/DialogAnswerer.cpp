@@ -20,14 +20,6 @@ QString textOf(QWidget* window)
     return parts.join(QLatin1Char('\n'));
 }
 
-QWidget* visibleTopLevel(const QString& name)
-{
-    for (QWidget* w : QApplication::topLevelWidgets()) {
-        if (w->isVisible() && w->objectName() == name)
-            return w;
-    }
-    return nullptr;
-}
 }  // namespace
 
 DialogAnswerer::DialogAnswerer()
@@ -47,8 +39,9 @@ void DialogAnswerer::poll()
 {
     QWidget* modal = QApplication::activeModalWidget();
     QWidget* target = nullptr;
-    if (!mQueue.isEmpty())
-        target = (modal && modal->objectName() == mQueue.first().window) ? modal : visibleTopLevel(mQueue.first().window);
+    // Only a modal window waits for an answer; a notice of the same name is left alone.
+    if (!mQueue.isEmpty() && modal && modal->objectName() == mQueue.first().window)
+        target = modal;
 
     if (target) {
         const Expected next = mQueue.takeFirst();

@@ -1,7 +1,9 @@
 #pragma once
 // Answers the modal windows a test expects, in order: "when frmX appears,
-// press imgCancel", or press "Enter" / "Escape". A modal window nobody
-// expected is noted and closed, so that a test fails instead of hanging.
+// press imgCancel", or press "Enter" / "Escape". Notices are not answered. A
+// modal window nobody expected is noted and closed, so that a test fails
+// instead of hanging; so keep one answerer alive at a time, and queue
+// further answers on it.
 #include <QList>
 #include <QObject>
 #include <QStringList>

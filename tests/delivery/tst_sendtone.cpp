@@ -1,0 +1,343 @@
+#include "core/globals.h"
+#include "core/modCommon.h"
+#include "core/modEncryption.h"
+#include "core/seams.h"
+#include "editing/frmMain.h"
+#include "platform/AudioEditor2.h"
+#include "service/CHTTPCall.h"
+#include "service/CLoginManager.h"
+#include "skin/CPictureButton.h"
+#include "skin/ControlTag.h"
+#include "support/DialogAnswerer.h"
+#include "support/QuietOffscreen.h"
+#include "support/ServiceFixture.h"
+#include "support/SoundFiles.h"
+#include "support/TestGround.h"
+
+#include <QDir>
+#include <QFile>
+#include <QRegularExpression>
+#include <QTest>
+#include <memory>
+
+// Sends from the main window to our web service over TLS, as the user does.
+class tst_SendTone : public QObject {
+    Q_OBJECT
+    std::unique_ptr<ServiceFixture> service;
+    std::unique_ptr<TestGround> ground;
+    QString song;  // 30 seconds, in a folder "Rock"
+    frmMain* form = nullptr;
+
+    QString status() { return form->findChild<QLabel*>("lblSoundFile")->text(); }
+    QStringList cache() { return QDir(ground->programFolder() + "/servercache").entryList(QDir::Files); }
+    QStringList toneLinks()
+    {
+        QStringList links;
+        const QRegularExpression link("^0412345678: Your Quillo Tone is ready: (https://\\S+)$");
+        for (const QString& message : service->outbox()) {
+            const auto m = link.match(message);
+            if (m.hasMatch())
+                links << m.captured(1);
+        }
+        return links;
+    }
+    void logIn()
+    {
+        QString query = QStringLiteral("MobileNumber=%1&Password=%2&Origin=0")
+                            .arg(ServiceFixture::kDemoMobile, ServiceFixture::kDemoPassword);
+        const QString reply = CHTTPCall().GetPage(ptLogin, query, true, kServiceTimeOut);
+        CLoginManager login;
+        login.ReadLoginReply(reply);
+        QVERIFY2(login.LoggedIn(), qPrintable(reply));
+        gstrMobileNumber = ServiceFixture::kDemoMobile;
+        gstrPassword = Encrypt(ServiceFixture::kDemoPassword, gstrMachineKey);
+    }
+    void loadAndMark(double from, double to)
+    {
+        form->LoadSoundFile(song);
+        form->AudioEditor21->SetSelectionStart(int32_t(from * 44100));
+        form->AudioEditor21->SetSelectionEnd(int32_t(to * 44100));
+        QCoreApplication::processEvents();
+    }
+    void send() { emit form->Button("cmdSend")->Released(); }
+
+private slots:
+    void initTestCase()
+    {
+        QuietOffscreenPlugin();
+        service = std::make_unique<ServiceFixture>();
+        QVERIFY(service->running());
+    }
+    void init()
+    {
+        ground = std::make_unique<TestGround>();
+        seams().serviceBaseUrl = service->baseUrl();
+        seams().serviceCertificateFile = service->certificateFile();
+        seams().mainWindow = [] {
+            MainForm().Load();
+            return static_cast<QWidget*>(&MainForm());
+        };
+        gstrMachineKey = Hash("525400123456");
+        QDir(ground->root()).mkpath("Rock");
+        song = MakeTone(ground->root() + "/Rock/Anthem.mp3", 30.0);
+        QVERIFY(!song.isEmpty());
+        logIn();
+        form = &MainForm();
+        form->Load();
+    }
+    void cleanup()
+    {
+        DropMainForm();
+        form = nullptr;
+        ground.reset();
+    }
+
+    void direct_eachFormat_data()
+    {
+        QTest::addColumn<QString>("format");
+        QTest::addColumn<QString>("codec");
+        QTest::addColumn<int>("rate");
+        QTest::addColumn<QString>("type");
+        QTest::addColumn<double>("frame");  // seconds of one frame of the codec
+        QTest::addRow("AMR narrowband") << "AMR Narrowband" << "amr_nb" << 8000 << "audio/amr" << 0.02;
+        QTest::addRow("AMR wideband") << "AMR Wideband" << "amr_wb" << 16000 << "audio/amr-wb" << 0.02;
+        QTest::addRow("MP3") << "MP3" << "mp3" << 16000 << "audio/mpeg" << 0.072;
+        QTest::addRow("WAV") << "WAV" << "pcm_s16le" << 16000 << "audio/wav" << 0.001;
+    }
+    void direct_eachFormat()
+    {
+        QFETCH(QString, format);
+        QFETCH(QString, codec);
+        QFETCH(int, rate);
+        QFETCH(QString, type);
+        QFETCH(double, frame);
+        gstrPreferredFormat = format;
+        gintFreeQuills = 3;
+        SaveAppSetting("MaxToneSize", "Unlimited", kSettings);  // 20 s of wave is 640 KB
+        const int linksBefore = toneLinks().size();
+        loadAndMark(5.0, 25.0);
+
+        DialogAnswerer answers;
+        answers.answer("frmAboutToUseFreeQuill", "imgOK").answer("frmSent", "imgOK");
+        send();
+        QVERIFY2(answers.unexpected.isEmpty(), qPrintable(answers.unexpected.join("; ")));
+        QVERIFY(answers.allAnswered());
+
+        QCOMPARE(status(), QString("Ready."));
+        QCOMPARE(gintFreeQuills, int16_t(2));
+        QCOMPARE(form->findChild<QLabel*>("lblFreeQuillCount")->text(), QString("2"));
+        QVERIFY(cache().isEmpty());  // delivered, so the tone file is gone
+        QVERIFY(ControlTag(form->findChild<QObject*>("lblLastURL")).startsWith("1,"));
+        QVERIFY(form->Button("cmdSend")->isEnabled());
+
+        // The phone's text message links to the tone, served with the record's type.
+        const QStringList links = toneLinks();
+        QCOMPARE(links.size(), linksBefore + 1);
+        const ServiceFixture::Reply download = service->get(QUrl(links.first()).path());
+        QCOMPARE(download.status, 200);
+        QCOMPARE(download.contentType, type.toLatin1());
+        const QString tone = ground->root() + "/phone.bin";
+        QFile f(tone);
+        QVERIFY(f.open(QIODevice::WriteOnly));
+        f.write(download.body);
+        f.close();
+        const ProbedSound heard = Probe(tone);
+        QCOMPARE(heard.codec, codec);
+        QCOMPARE(heard.sampleRate, rate);
+        QCOMPARE(heard.channels, 1);
+        QVERIFY2(qAbs(heard.seconds - 20.0) <= frame + 0.03, qPrintable(QString::number(heard.seconds)));
+    }
+
+    void charge_data()
+    {
+        QTest::addColumn<QString>("answer");
+        QTest::addColumn<bool>("sent");
+        QTest::addRow("agrees") << "imgOK" << true;
+        QTest::addRow("Esc agrees too") << "Escape" << true;
+        QTest::addRow("backs out") << "imgCancel" << false;
+    }
+    void charge()
+    {
+        QFETCH(QString, answer);
+        QFETCH(bool, sent);
+        gstrPreferredFormat = "AMR Narrowband";
+        gstrChargeText = "This tone costs 50c";
+        gintFreeQuills = 0;
+        const int linksBefore = toneLinks().size();
+        loadAndMark(2.0, 8.0);
+        DialogAnswerer answers;
+        answers.answer("frmCharged", answer);
+        if (sent)
+            answers.answer("frmSent", "imgOK");
+        send();
+        QVERIFY(answers.allAnswered());
+        QVERIFY(answers.unexpected.isEmpty());
+        QCOMPARE(gintFreeQuills, int16_t(0));
+        QCOMPARE(toneLinks().size(), linksBefore + (sent ? 1 : 0));
+        // Backing out puts the words back and keeps the tone in the cache.
+        QCOMPARE(status(), sent ? QString("Ready.") : QString("Anthem.mp3"));
+        QCOMPARE(cache().size(), sent ? 0 : 1);
+    }
+
+    void refusedUploadIsTriedSixTimesThenReported()
+    {
+        gstrPreferredFormat = "AMR Narrowband";
+        gintFreeQuills = 2;
+        gstrPassword = Encrypt("not the password", gstrMachineKey);
+        const int linksBefore = toneLinks().size();
+        loadAndMark(2.0, 6.0);
+        DialogAnswerer answers;
+        answers.answer("frmAboutToUseFreeQuill", "imgOK").answer("frmGenericOKDialog", "Enter");
+        send();
+        QVERIFY(answers.allAnswered());
+        QCOMPARE(answers.seen.last().text, QString("Error talking to Quillo Tone. Please try again in a few moments."));
+        QVERIFY(ControlTag(form->findChild<QObject*>("lblLastURL")).isEmpty());
+        QCOMPARE(gintFreeQuills, int16_t(2));
+        QCOMPARE(cache().size(), 1);  // the tone stays for another try
+        QCOMPARE(toneLinks().size(), linksBefore);
+    }
+
+    void sizeLimitGivesUp()
+    {
+        SaveAppSetting("MaxToneSize", "50 KB", kSettings);
+        gstrPreferredFormat = "WAV";  // 16000 Hz mono 16-bit: 32000 bytes a second
+        gintFreeQuills = 2;
+        loadAndMark(1.0, 4.0);
+        DialogAnswerer answers;
+        answers.answer("frmToneTooBig", "imgOK");
+        send();
+        QVERIFY(answers.allAnswered());
+        QVERIFY(answers.unexpected.isEmpty());
+        QCOMPARE(status(), QString("Ready."));
+        QCOMPARE(cache().size(), 1);
+        QCOMPARE(gintFreeQuills, int16_t(2));
+    }
+
+    void failures_data()
+    {
+        QTest::addColumn<QString>("format");
+        QTest::addColumn<QString>("window");
+        QTest::addColumn<QString>("text");
+        QTest::addRow("QCELP is not made") << "QCELP" << "MsgBox" << "Send: File not found 0";
+        QTest::addRow("AAC is not made") << "AAC" << "MsgBox" << "Send: File not found 0";
+    }
+    void failures()
+    {
+        QFETCH(QString, format);
+        QFETCH(QString, window);
+        QFETCH(QString, text);
+        gstrPreferredFormat = format;
+        loadAndMark(2.0, 6.0);
+        DialogAnswerer answers;
+        answers.answer(window, "OK");
+        send();
+        QVERIFY(answers.allAnswered());
+        QCOMPARE(answers.seen.first().text, text);
+        QVERIFY(form->Button("cmdSend")->isEnabled());
+    }
+
+    void refusedBeforeAnythingIsMade_data()
+    {
+        QTest::addColumn<QString>("situation");
+        QTest::addColumn<QString>("window");
+        QTest::addRow("nothing loaded") << "empty" << "frmNoToneSelected";
+        QTest::addRow("nothing marked") << "unmarked" << "frmToneNotTrimmed";
+        QTest::addRow("song deleted since") << "deleted" << "frmGenericOKDialog";
+    }
+    void refusedBeforeAnythingIsMade()
+    {
+        QFETCH(QString, situation);
+        QFETCH(QString, window);
+        if (situation == "unmarked")
+            form->LoadSoundFile(song);
+        if (situation == "deleted") {
+            loadAndMark(2.0, 6.0);
+            QFile::remove(song);
+        }
+        DialogAnswerer answers;
+        answers.answer(window, window == "frmGenericOKDialog" ? "Enter" : "imgOK");
+        send();
+        QVERIFY(answers.allAnswered());
+        QVERIFY(answers.unexpected.isEmpty());
+        if (situation == "deleted")
+            QCOMPARE(answers.seen.first().text, QString("Open a music file or select one from 'My Music'"));
+        QVERIFY(!QFile::exists(ground->tempFolder() + "/preview.mp3"));
+        QVERIFY(form->Button("cmdSend")->isEnabled());
+    }
+
+    void tunnelRoad()
+    {
+        gbUseTunnel = true;
+        SaveAppSetting("UseTunnel", "1", kSettings);
+        SaveAppSetting("QuillAssistURL", "https://assist.example/quill", kSettings);
+        gstrPreferredFormat = "AMR Wideband";
+        gintFreeQuills = 1;
+        const int linksBefore = toneLinks().size();
+        loadAndMark(2.0, 6.0);
+        DialogAnswerer answers;
+        answers.answer("frmAboutToUseFreeQuill", "imgOK").answer("frmSent", "imgOK");
+        send();
+        QVERIFY(answers.allAnswered());
+        QVERIFY(answers.unexpected.isEmpty());
+        // Recorded for the helper, which is opened; the program itself uploads nothing.
+        const QString current = GetAppSetting("CurrentTone", kToneData);
+        QVERIFY(!current.isEmpty());
+        const QString record = GetAppSetting(current, kToneData);
+        QVERIFY(record.contains("ContentType=\"audio/amr-wb\""));
+        QVERIFY(QRegularExpression("Filename=\"\\d{14}\\.amr\"").match(record).hasMatch());
+        QCOMPARE(ground->openedUrls, QStringList{"https://assist.example/quill"});
+        QVERIFY(cache().isEmpty());
+        QCOMPARE(toneLinks().size(), linksBefore);
+        QCOMPARE(gintFreeQuills, int16_t(0));
+
+        // The next send meets the pending tone: keeping it gives up the send.
+        DialogAnswerer& keep = answers;  // one answerer at a time: a second would close the first one's windows
+        keep.answer("frmTonePending", "imgOK");
+        send();
+        QVERIFY(keep.allAnswered());
+        QVERIFY(keep.unexpected.isEmpty());
+        QCOMPARE(GetAppSetting("CurrentTone", kToneData), current);
+
+        // Deleting it marks it for the helper and lets the new tone follow.
+        DialogAnswerer& replace = answers;
+        replace.answer("frmTonePending", "imgDelete")
+            .answer("frmConfirmDeleteTone", "imgYes")
+            .answer("frmCharged", "imgOK")
+            .answer("frmSent", "imgOK");
+        send();
+        QVERIFY(replace.allAnswered());
+        QVERIFY(replace.unexpected.isEmpty());
+        QCOMPARE(GetAppSetting("Delete", kToneData), QString("1"));
+        QVERIFY(GetAppSetting("CurrentTone", kToneData) != current);
+    }
+
+    void songReport_data()
+    {
+        QTest::addColumn<bool>("tagged");
+        QTest::addColumn<QString>("blobStart");
+        QTest::addRow("tagged") << true << "Love+%26+Rain|The+Band|";
+        QTest::addRow("no title: the folder runs into the artist") << false << "Rock|";
+    }
+    void songReport()
+    {
+        QFETCH(bool, tagged);
+        QFETCH(QString, blobStart);
+        gstrCustomerID = "17";
+        QString file = song;
+        if (tagged) {
+            file = ground->root() + "/Rock/tagged.mp3";
+            QVERIFY(RunTool("ffmpeg", {"-loglevel", "error", "-y", "-i", song, "-c", "copy", "-metadata",
+                                       "title=Love & Rain", "-metadata", "artist=The Band", "-metadata", "date=1999",
+                                       file}));
+        }
+        const QString report = form->BuildSongReport(file);
+        QVERIFY2(report.startsWith("CID=17&SongBlob=" + blobStart), qPrintable(report));
+        const QString blob = report.mid(QString("CID=17&SongBlob=").size());
+        QCOMPARE(blob.count('|'), tagged ? 13 : 12);
+        if (tagged)
+            QVERIFY2(blob.contains("|1999|"), qPrintable(blob));
+    }
+};
+
+QTEST_MAIN(tst_SendTone)
+#include "tst_sendtone.moc"
