@@ -4,6 +4,7 @@
 // 150 KB tone, each with its p99 latency, the service's peak memory, and the
 // uploads the service acknowledged but did not store (which must be 0).
 #include "Bench.h"
+#include "BenchService.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -21,11 +22,6 @@ struct LoadFigures {
            lostUploads = -1;
 };
 
-QString Program(const QString& name)
-{
-    return QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("../bin/") + name);
-}
-
 // "key=value" out of the load client's line.
 double Value(const QString& line, const QString& key)
 {
@@ -36,7 +32,7 @@ double Value(const QString& line, const QString& key)
 QString RunLoad(const QString& base, const QString& certificate, const QString& kind)
 {
     QProcess load;
-    load.start(Program(QStringLiteral("quillotone-service-load")),
+    load.start(BuiltProgram(QStringLiteral("quillotone-service-load")),
                {base, certificate, kind, QStringLiteral("0412345678"), QStringLiteral("benchpass"),
                 QString::number(kConnections), kSeconds});
     load.waitForFinished(60000);
@@ -56,18 +52,11 @@ const LoadFigures& Figures()
 {
     static const LoadFigures figures = [] {
         LoadFigures f;
-        QTemporaryDir data;
-        QProcess service;
-        service.start(Program(QStringLiteral("quillotone-service")),
-                      {QStringLiteral("--listen"), QStringLiteral("127.0.0.1:0"), QStringLiteral("--data"), data.path(),
-                       QStringLiteral("--demo-account"), QStringLiteral("0412345678:benchpass")});
-        if (!service.waitForStarted(10000))
+        BenchService service(QStringLiteral("0412345678:benchpass"));
+        if (!service.Running())
             return f;
-        while (!service.canReadLine() && service.waitForReadyRead(30000)) {
-        }
-        const QString line = QString::fromUtf8(service.readLine());
-        const QString base = line.mid(line.indexOf(QStringLiteral("https://"))).trimmed();
-        const QString certificate = data.filePath(QStringLiteral("service.crt"));
+        const QString base = service.Base();
+        const QString certificate = service.Certificate();
 
         const QString logins = RunLoad(base, certificate, QStringLiteral("login"));
         f.loginsPerSecond = Value(logins, QStringLiteral("rate"));
@@ -75,13 +64,10 @@ const LoadFigures& Figures()
         const QString uploads = RunLoad(base, certificate, QStringLiteral("upload"));
         f.uploadsPerSecond = Value(uploads, QStringLiteral("rate"));
         f.uploadP99 = Value(uploads, QStringLiteral("p99_ms"));
-        f.peakMegabytes = PeakMegabytes(service.processId());
+        f.peakMegabytes = PeakMegabytes(service.Pid());
         const double acknowledged = Value(uploads, QStringLiteral("requests")) - Value(uploads, QStringLiteral("failed"));
-        const double stored = QDir(data.filePath(QStringLiteral("tones"))).entryList({QStringLiteral("*.amr")}).size();
+        const double stored = QDir(service.DataFolder() + QStringLiteral("/tones")).entryList({QStringLiteral("*.amr")}).size();
         f.lostUploads = acknowledged - stored;
-
-        service.terminate();
-        service.waitForFinished(10000);
         return f;
     }();
     return figures;
