@@ -114,6 +114,8 @@ private slots:
         QCOMPARE(form->msngTrimOffset, 2.0f);
         QCOMPARE(editor()->ViewStart(), int32_t(2 * 44100));
         QCOMPARE(editor()->ViewEnd(), int32_t(5 * 44100));
+        // The cursor stood at 0, before the trimmed part: it moves to its start.
+        QCOMPARE(text("lblCurrentPosition"), QString("00m 00s"));
         editor()->SetPlayPosition(int32_t(4.0 * 44100));
         QCOMPARE(text("lblCurrentPosition"), QString("00m 02s"));  // 4 s less the 2 s offset
 
