@@ -197,6 +197,10 @@ void frmMain::Form_Load()
         gbUseTunnel = GetAppSetting(QStringLiteral("UseTunnel"), kSettings) == QLatin1String("1");
         label("lblUsingTunnel")->setText(QStringLiteral("Using tunnel"));
         label("lblUsingTunnel")->setVisible(gbUseTunnel);
+        // The status is one line up to the free quills, or up to the tunnel
+        // label when that shows: wrapped, its second line would be cut off.
+        label("lblSoundFile")->setWordWrap(false);
+        label("lblSoundFile")->setGeometry(tw(16, 80, gbUseTunnel ? 210 : 290, 16));
 
         label("imgLoading")->hide();
         AudioEditor21->SetAppearance(EditorAppearance{});

@@ -79,6 +79,10 @@ private slots:
         QCOMPARE(form->objectName(), QString("frmMain"));
         QCOMPARE(form->size(), QSize(TwipsToPixelsX(6780), TwipsToPixelsY(3380)));
         QCOMPARE(text("lblSoundFile"), QString("Select a sound file or rip a CD..."));
+        // The prompt stands whole on one line.
+        const QLabel* status = form->findChild<QLabel*>("lblSoundFile");
+        QVERIFY(!status->wordWrap());
+        QVERIFY(status->fontMetrics().horizontalAdvance(status->text()) <= status->width());
         QCOMPARE(text("lblSongLength"), QString("00m 00s"));
         QCOMPARE(text("lblToneLength"), QString("0s"));
         QCOMPARE(text("lblToneSize"), QString("0 Kb"));
