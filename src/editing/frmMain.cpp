@@ -25,6 +25,7 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QMessageBox>
@@ -437,7 +438,11 @@ void frmMain::cmdOpen_Released()
     ApplyWindowMode();
     // A take under way would be stopped and thrown away here, once recording exists.
 
-    QFileDialog dialog(this, QStringLiteral("Open"), QStandardPaths::writableLocation(QStandardPaths::MusicLocation),
+    // A music folder that does not exist would be offered as a file name.
+    QString folder = QStandardPaths::writableLocation(QStandardPaths::MusicLocation);
+    if (!QFileInfo(folder).isDir())
+        folder = QDir::homePath();
+    QFileDialog dialog(this, QStringLiteral("Open"), folder,
                        QStringLiteral("Music files (*.mp3 *.wav *.wma *.MP3 *.WAV *.WMA);;All files (*)"));
     dialog.setObjectName(QStringLiteral("CommonDialog1"));
     dialog.setOption(QFileDialog::DontUseNativeDialog);

@@ -18,8 +18,11 @@
 
 #include <QClipboard>
 #include <QFile>
+#include <QFileDialog>
+#include <QLineEdit>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTimer>
 #include <memory>
 
 class tst_frmMain : public QObject {
@@ -173,6 +176,41 @@ private slots:
         release("cmdTrim");
         QVERIFY(answers.unexpected.isEmpty());
         QVERIFY(form->mbTrimmed);
+    }
+
+    void openStartsInTheMusicFolderOrHome_data()
+    {
+        QTest::addColumn<bool>("musicFolder");
+        QTest::addRow("music folder") << true;
+        QTest::addRow("no music folder") << false;
+    }
+    void openStartsInTheMusicFolderOrHome()
+    {
+        QFETCH(bool, musicFolder);
+        const QByteArray home = qgetenv("HOME"), configHome = qgetenv("XDG_CONFIG_HOME");
+        const bool hadConfigHome = qEnvironmentVariableIsSet("XDG_CONFIG_HOME");
+        const QString fakeHome = ground->root() + "/home";
+        QDir().mkpath(fakeHome + (musicFolder ? "/Music" : ""));
+        qputenv("HOME", fakeHome.toLocal8Bit());
+        qputenv("XDG_CONFIG_HOME", (fakeHome + "/.config").toLocal8Bit());
+        QString folder, name = "unread";
+        QTimer::singleShot(0, this, [&] {
+            auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+            if (!dialog)
+                return;
+            folder = dialog->directory().absolutePath();
+            name = dialog->findChild<QLineEdit*>("fileNameEdit")->text();
+            dialog->reject();
+        });
+        release("cmdOpen");
+        qputenv("HOME", home);
+        if (hadConfigHome)
+            qputenv("XDG_CONFIG_HOME", configHome);
+        else
+            qunsetenv("XDG_CONFIG_HOME");
+        QCOMPARE(folder, musicFolder ? fakeHome + "/Music" : fakeHome);
+        QCOMPARE(name, QString());  // no folder name offered as the file to open
+        QVERIFY(form->mstrCurrentFile.isEmpty());
     }
 
     void resetWithNothingLoadedDoesNothing()
