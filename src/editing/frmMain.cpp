@@ -183,6 +183,15 @@ void frmMain::buildControls()
     loading->setText(QStringLiteral("\u231B Loading\u2026"));
     loading->setFont(skin::Font(8.5, true));
 
+    // Covers the controls while the login window stands over the main window.
+    auto* backdrop = new QWidget(this);
+    backdrop->setObjectName(QStringLiteral("picLoginBackground"));
+    backdrop->setAutoFillBackground(true);
+    QPalette fill = backdrop->palette();
+    fill.setColor(QPalette::Window, skin::FieldColour());
+    backdrop->setPalette(fill);
+    backdrop->hide();
+
     tmrVolume = new QTimer(this);
     tmrVolume->setObjectName(QStringLiteral("tmrVolume"));
     tmrVolume->setInterval(100);

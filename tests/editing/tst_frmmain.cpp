@@ -92,6 +92,9 @@ private slots:
         QCOMPARE(form->NCTSliderB21->Value(), 32000);
         QVERIFY(form->mstrCurrentFile.isEmpty());
         QVERIFY(!form->findChild<QWidget*>("imgLoading")->isVisible());
+        // The login sizes and shows this panel; without it the controls stay bare behind the login.
+        QVERIFY(form->findChild<QWidget*>("picLoginBackground"));
+        QVERIFY(!form->findChild<QWidget*>("picLoginBackground")->isVisible());
         QVERIFY(QDir(ground->programFolder() + "/servercache").exists());
     }
 
