@@ -25,6 +25,7 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QMessageBox>
@@ -182,6 +183,15 @@ void frmMain::buildControls()
     loading->setText(QStringLiteral("\u231B Loading\u2026"));
     loading->setFont(skin::Font(8.5, true));
 
+    // Covers the controls while the login window stands over the main window.
+    auto* backdrop = new QWidget(this);
+    backdrop->setObjectName(QStringLiteral("picLoginBackground"));
+    backdrop->setAutoFillBackground(true);
+    QPalette fill = backdrop->palette();
+    fill.setColor(QPalette::Window, skin::FieldColour());
+    backdrop->setPalette(fill);
+    backdrop->hide();
+
     tmrVolume = new QTimer(this);
     tmrVolume->setObjectName(QStringLiteral("tmrVolume"));
     tmrVolume->setInterval(100);
@@ -197,6 +207,10 @@ void frmMain::Form_Load()
         gbUseTunnel = GetAppSetting(QStringLiteral("UseTunnel"), kSettings) == QLatin1String("1");
         label("lblUsingTunnel")->setText(QStringLiteral("Using tunnel"));
         label("lblUsingTunnel")->setVisible(gbUseTunnel);
+        // The status is one line up to the free quills, or up to the tunnel
+        // label when that shows: wrapped, its second line would be cut off.
+        label("lblSoundFile")->setWordWrap(false);
+        label("lblSoundFile")->setGeometry(tw(16, 80, gbUseTunnel ? 210 : 290, 16));
 
         label("imgLoading")->hide();
         AudioEditor21->SetAppearance(EditorAppearance{});
@@ -433,7 +447,11 @@ void frmMain::cmdOpen_Released()
     ApplyWindowMode();
     // A take under way would be stopped and thrown away here, once recording exists.
 
-    QFileDialog dialog(this, QStringLiteral("Open"), QStandardPaths::writableLocation(QStandardPaths::MusicLocation),
+    // A music folder that does not exist would be offered as a file name.
+    QString folder = QStandardPaths::writableLocation(QStandardPaths::MusicLocation);
+    if (!QFileInfo(folder).isDir())
+        folder = QDir::homePath();
+    QFileDialog dialog(this, QStringLiteral("Open"), folder,
                        QStringLiteral("Music files (*.mp3 *.wav *.wma *.MP3 *.WAV *.WMA);;All files (*)"));
     dialog.setObjectName(QStringLiteral("CommonDialog1"));
     dialog.setOption(QFileDialog::DontUseNativeDialog);

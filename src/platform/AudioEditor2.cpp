@@ -158,6 +158,10 @@ void AudioEditor2::ZoomToRange(int32_t start, int32_t end)
         return;
     mViewStart = start;
     mViewEnd = end;
+    // The cursor stays within the sound on show, so positions read against
+    // the range's start are never negative.
+    if (mPlayPosition < mViewStart || mPlayPosition > mViewEnd)
+        mPlayPosition = mViewStart;
     update();
 }
 

@@ -18,8 +18,11 @@
 
 #include <QClipboard>
 #include <QFile>
+#include <QFileDialog>
+#include <QLineEdit>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTimer>
 #include <memory>
 
 class tst_frmMain : public QObject {
@@ -79,12 +82,19 @@ private slots:
         QCOMPARE(form->objectName(), QString("frmMain"));
         QCOMPARE(form->size(), QSize(TwipsToPixelsX(6780), TwipsToPixelsY(3380)));
         QCOMPARE(text("lblSoundFile"), QString("Select a sound file or rip a CD..."));
+        // The prompt stands whole on one line.
+        const QLabel* status = form->findChild<QLabel*>("lblSoundFile");
+        QVERIFY(!status->wordWrap());
+        QVERIFY(status->fontMetrics().horizontalAdvance(status->text()) <= status->width());
         QCOMPARE(text("lblSongLength"), QString("00m 00s"));
         QCOMPARE(text("lblToneLength"), QString("0s"));
         QCOMPARE(text("lblToneSize"), QString("0 Kb"));
         QCOMPARE(form->NCTSliderB21->Value(), 32000);
         QVERIFY(form->mstrCurrentFile.isEmpty());
         QVERIFY(!form->findChild<QWidget*>("imgLoading")->isVisible());
+        // The login sizes and shows this panel; without it the controls stay bare behind the login.
+        QVERIFY(form->findChild<QWidget*>("picLoginBackground"));
+        QVERIFY(!form->findChild<QWidget*>("picLoginBackground")->isVisible());
         QVERIFY(QDir(ground->programFolder() + "/servercache").exists());
     }
 
@@ -114,6 +124,8 @@ private slots:
         QCOMPARE(form->msngTrimOffset, 2.0f);
         QCOMPARE(editor()->ViewStart(), int32_t(2 * 44100));
         QCOMPARE(editor()->ViewEnd(), int32_t(5 * 44100));
+        // The cursor stood at 0, before the trimmed part: it moves to its start.
+        QCOMPARE(text("lblCurrentPosition"), QString("00m 00s"));
         editor()->SetPlayPosition(int32_t(4.0 * 44100));
         QCOMPARE(text("lblCurrentPosition"), QString("00m 02s"));  // 4 s less the 2 s offset
 
@@ -167,6 +179,41 @@ private slots:
         release("cmdTrim");
         QVERIFY(answers.unexpected.isEmpty());
         QVERIFY(form->mbTrimmed);
+    }
+
+    void openStartsInTheMusicFolderOrHome_data()
+    {
+        QTest::addColumn<bool>("musicFolder");
+        QTest::addRow("music folder") << true;
+        QTest::addRow("no music folder") << false;
+    }
+    void openStartsInTheMusicFolderOrHome()
+    {
+        QFETCH(bool, musicFolder);
+        const QByteArray home = qgetenv("HOME"), configHome = qgetenv("XDG_CONFIG_HOME");
+        const bool hadConfigHome = qEnvironmentVariableIsSet("XDG_CONFIG_HOME");
+        const QString fakeHome = ground->root() + "/home";
+        QDir().mkpath(fakeHome + (musicFolder ? "/Music" : ""));
+        qputenv("HOME", fakeHome.toLocal8Bit());
+        qputenv("XDG_CONFIG_HOME", (fakeHome + "/.config").toLocal8Bit());
+        QString folder, name = "unread";
+        QTimer::singleShot(0, this, [&] {
+            auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+            if (!dialog)
+                return;
+            folder = dialog->directory().absolutePath();
+            name = dialog->findChild<QLineEdit*>("fileNameEdit")->text();
+            dialog->reject();
+        });
+        release("cmdOpen");
+        qputenv("HOME", home);
+        if (hadConfigHome)
+            qputenv("XDG_CONFIG_HOME", configHome);
+        else
+            qunsetenv("XDG_CONFIG_HOME");
+        QCOMPARE(folder, musicFolder ? fakeHome + "/Music" : fakeHome);
+        QCOMPARE(name, QString());  // no folder name offered as the file to open
+        QVERIFY(form->mstrCurrentFile.isEmpty());
     }
 
     void resetWithNothingLoadedDoesNothing()

@@ -257,6 +257,7 @@ private slots:
         editor.ZoomToRange(8000, 16000);
         QCOMPARE(editor.ViewStart(), 8000);
         QCOMPARE(editor.ViewEnd(), 16000);
+        QCOMPARE(editor.PlayPosition(), 8000);  // the cursor at 0 was outside the range
         // Drag from a quarter to three quarters of the zoomed view.
         QTest::mousePress(&editor, Qt::LeftButton, {}, QPoint(100, 60));
         QTest::mouseMove(&editor, QPoint(200, 60));
