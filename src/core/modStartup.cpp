@@ -8,6 +8,8 @@
 #include "core/modEncryption.h"
 #include "core/seams.h"
 #include "delivery/CQueueManager.h"
+#include "skin/CDialog.h"
+#include "skin/frmGenericOKDialog.h"
 #include "skin/frmMessage.h"
 
 #include <QApplication>
@@ -97,10 +99,15 @@ void EnsureMusicLibrary()
     ask->Load();
     ask->Show(true);
     const auto& search = startupParts().searchForMusic;
-    if (ask->Tag == QLatin1String("Q") || !search)
-        writeEmptyLibrary();
-    else
+    if (ask->Tag != QLatin1String("Q") && search) {
         search();
+    } else {
+        if (ask->Tag != QLatin1String("Q"))
+            CDialog().Display(QStringLiteral("Searching your disks for music is not available in this version "
+                                             "of Quillotone yet. Your library starts empty for now."),
+                              true, nullptr);
+        writeEmptyLibrary();
+    }
     ask->Unload();
 }
 

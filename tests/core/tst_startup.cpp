@@ -269,6 +269,9 @@ private slots:
         DialogAnswerer answerer;
         if (!answer.isEmpty())
             answerer.answer("frmConfirmSearch", answer);
+        // A yes with no disk search built in says so before the empty library is written.
+        if (answer == "imgOK" && !withSearch)
+            answerer.answer("frmGenericOKDialog", "Enter");
 
         EnsureMusicLibrary();
         QVERIFY(answerer.allAnswered());
