@@ -2,24 +2,17 @@
 #include "platform/AudioDecoder.h"
 #include "platform/AudioEditor2.h"
 #include "platform/EditorPlayback.h"
-#include "support/DialogAnswerer.h"
-#include "support/PulseServer.h"
 #include "support/SoundFiles.h"
-#include "support/TestGround.h"
+#include "support/SoundTestCase.h"
 
 #include <QFile>
 #include <QImage>
 #include <QSignalSpy>
 #include <QTest>
-#include <memory>
 
-class tst_AudioEditor : public QObject {
+class tst_AudioEditor : public SoundTestCase {
     Q_OBJECT
-    std::unique_ptr<PulseServer> pulse;
-    std::unique_ptr<TestGround> ground;
-    std::unique_ptr<DialogAnswerer> answerer;
-
-    QString scratch(const QString& name) const { return ground->tempFolder() + "/" + name; }
+    // The case that unplugs the devices comes last.
 
     QString openError(AudioEditor2& editor, const QString& path)
     {
@@ -32,23 +25,6 @@ class tst_AudioEditor : public QObject {
     }
 
 private slots:
-    void initTestCase()
-    {
-        pulse = std::make_unique<PulseServer>();
-        QVERIFY2(pulse->Started(), qPrintable(pulse->Error()));
-    }
-    void init()
-    {
-        ground = std::make_unique<TestGround>();
-        answerer = std::make_unique<DialogAnswerer>();
-    }
-    void cleanup()
-    {
-        QVERIFY(answerer->unexpected.isEmpty());
-        answerer.reset();
-        ground.reset();
-    }
-
     void openFile_lengthAndProgress_data()
     {
         QTest::addColumn<QString>("name");
