@@ -71,8 +71,7 @@ private slots:
     void init()
     {
         ground = std::make_unique<TestGround>();
-        seams().serviceBaseUrl = service->baseUrl();
-        seams().serviceCertificateFile = service->certificateFile();
+        service->aimSeams();
         seams().mainWindow = [] {
             MainForm().Load();
             return static_cast<QWidget*>(&MainForm());

@@ -31,13 +31,6 @@ struct PaintCounter : QWidget {
     void paintEvent(QPaintEvent*) override { ++paints; }
 };
 
-// A port on loopback where nothing listens.
-quint16 ClosedPort()
-{
-    QTcpServer probe;
-    probe.listen(QHostAddress::LocalHost);
-    return probe.serverPort();
-}
 }  // namespace
 
 class tst_HTTPCall : public QObject {
@@ -55,8 +48,7 @@ private slots:
     void init()
     {
         ground = std::make_unique<TestGround>();
-        seams().serviceBaseUrl = service->baseUrl();
-        seams().serviceCertificateFile = service->certificateFile();
+        service->aimSeams();
     }
     void cleanup() { ground.reset(); }
 
@@ -135,7 +127,7 @@ private slots:
     {
         QTest::addColumn<QString>("base");
         QTest::addRow("host that does not exist") << "https://service.quillotone.invalid/";
-        QTest::addRow("nothing listens") << QString("https://127.0.0.1:%1/").arg(ClosedPort());
+        QTest::addRow("nothing listens") << ServiceFixture::unreachableUrl();
     }
     void unreachableServer()
     {
@@ -243,7 +235,7 @@ private slots:
         answerer.answer("frmGenericOKDialog", "Enter");
         const QString file = ground->tempFolder() + "/never.jpg";
         CHTTPCall call;
-        QCOMPARE(call.SendHTTP(QString("https://127.0.0.1:%1/x").arg(ClosedPort()), true, post, file, 2000), QString());
+        QCOMPARE(call.SendHTTP(ServiceFixture::unreachableUrl() + "x", true, post, file, 2000), QString());
         QVERIFY(answerer.allAnswered());
         QCOMPARE(answerer.seen[0].text, kSendFailed);
         QVERIFY(!QFile::exists(file));
