@@ -76,8 +76,6 @@ private slots:
 
     void emptyAtLoad()
     {
-        QCOMPARE(form->objectName(), QString("frmMain"));
-        QCOMPARE(form->size(), QSize(TwipsToPixelsX(6780), TwipsToPixelsY(3380)));
         QCOMPARE(text("lblSoundFile"), QString("Select a sound file or rip a CD..."));
         QCOMPARE(text("lblSongLength"), QString("00m 00s"));
         QCOMPARE(text("lblToneLength"), QString("0s"));
