@@ -117,13 +117,6 @@ private slots:
         QCOMPARE(HexToBytes(hex), bytes);
     }
 
-    void bytesToHex()
-    {
-        QCOMPARE(BytesToHex(QByteArray("\x0a")), QString("0A"));
-        QCOMPARE(BytesToHex(QByteArray("\x00\xff\x10", 3)), QString("00FF10"));
-        QCOMPARE(BytesToHex({}), QString());
-    }
-
     void formatAddress_data()
     {
         QTest::addColumn<QByteArray>("bytes");
