@@ -3,6 +3,7 @@
 #include "core/modCommon.h"
 #include "platform/AudioEditor2.h"
 #include "support/DialogAnswerer.h"
+#include "support/Files.h"
 #include "support/SoundFiles.h"
 #include "support/TestGround.h"
 
@@ -229,11 +230,8 @@ private slots:
         QFETCH(QString, message);
         if (source == "tone.wav")
             MakeTone(scratch(source), 1.0);
-        if (source == "letter.txt") {
-            QFile f(scratch(source));
-            QVERIFY(f.open(QIODevice::WriteOnly));
-            f.write(QByteArray("Dear phone,\n").repeated(100));
-        }
+        if (source == "letter.txt")
+            QVERIFY(WriteFile(scratch(source), QByteArray("Dear phone,\n").repeated(100)));
         answerer->answer("MsgBox", "OK");
         convert(scratch(source), scratch(target), format);
         QVERIFY(answerer->allAnswered());

@@ -4,6 +4,7 @@
 #include "core/modEncryption.h"
 #include "core/seams.h"
 #include "support/DialogAnswerer.h"
+#include "support/Files.h"
 #include "support/TestGround.h"
 
 #include <QApplication>
@@ -25,11 +26,7 @@ class tst_Common : public QObject {
     Q_OBJECT
     std::unique_ptr<TestGround> ground;
 
-    QString readLog()
-    {
-        QFile f(LogFilePath());
-        return f.open(QIODevice::ReadOnly) ? QString::fromLatin1(f.readAll()) : QString();
-    }
+    QString readLog() { return QString::fromLatin1(ReadFile(LogFilePath())); }
 
 private slots:
     void init() { ground = std::make_unique<TestGround>(); }
@@ -64,11 +61,7 @@ private slots:
 
     void settings_handWrittenListReadsAsText()
     {
-        QDir().mkpath(QFileInfo(SettingsFilePath()).path());
-        QFile ini(SettingsFilePath());
-        QVERIFY(ini.open(QIODevice::WriteOnly));
-        ini.write("[Settings]\nQuillAssistURL=https://helper/x?a=1,2\n");
-        ini.close();
+        QVERIFY(WriteFile(SettingsFilePath(), "[Settings]\nQuillAssistURL=https://helper/x?a=1,2\n"));
         QCOMPARE(GetAppSetting("QuillAssistURL", kSettings), QString("https://helper/x?a=1, 2"));
     }
 
@@ -115,9 +108,7 @@ private slots:
         if (written) {  // appended, and in the single-byte code page
             WriteLog("again");
             QVERIFY(readLog().startsWith(expected));
-            QFile f(LogFilePath());
-            QVERIFY(f.open(QIODevice::ReadOnly));
-            QVERIFY(f.readAll().contains("caf\xe9\n"));
+            QVERIFY(ReadFile(LogFilePath()).contains("caf\xe9\n"));
         }
     }
 
@@ -182,10 +173,7 @@ private slots:
         QMetaObject::invokeMethod(qApp, [&ran] { ran = true; }, Qt::QueuedConnection);
         if (what == "hex") {
             const QString path = ground->tempFolder() + "/f.bin";
-            QFile f(path);
-            QVERIFY(f.open(QIODevice::WriteOnly));
-            f.write(QByteArray(size, 'x'));
-            f.close();
+            QVERIFY(WriteFile(path, QByteArray(size, 'x')));
             QCOMPARE(FileToHexString(path).size(), 2 * size);
         } else {
             EncodeForUrl(what);
@@ -207,10 +195,7 @@ private slots:
         QFETCH(QByteArray, bytes);
         QFETCH(QString, hex);
         const QString path = ground->tempFolder() + "/tone.amr";
-        QFile f(path);
-        QVERIFY(f.open(QIODevice::WriteOnly));
-        f.write(bytes);
-        f.close();
+        QVERIFY(WriteFile(path, bytes));
         QCOMPARE(FileToHexString(path), hex);
     }
 

@@ -9,6 +9,7 @@
 #include "core/seams.h"
 #include "skin/CPictureButton.h"
 #include "support/DialogAnswerer.h"
+#include "support/Files.h"
 #include "support/QuietOffscreen.h"
 #include "support/TestGround.h"
 
@@ -31,16 +32,7 @@ QTemporaryDir runtime;
 
 QString readFile(const QString& path)
 {
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? QString::fromUtf8(f.readAll()) : QString();
-}
-
-void writeFile(const QString& path, const QByteArray& text)
-{
-    QDir().mkpath(QFileInfo(path).path());
-    QFile f(path);
-    QVERIFY(f.open(QIODevice::WriteOnly));
-    f.write(text);
+    return QString::fromUtf8(ReadFile(path));
 }
 
 // Runs a routine that may end the program; true if it did.
@@ -262,7 +254,7 @@ private slots:
         QFETCH(bool, emptyWritten);
         InitApplication();
         if (exists)
-            writeFile(gstrMyMusicPath, "<Quillotone><Folder/></Quillotone>");
+            QVERIFY(WriteFile(gstrMyMusicPath, "<Quillotone><Folder/></Quillotone>"));
         bool ran = false;
         if (withSearch)
             startupParts().searchForMusic = [&] { ran = true; };
@@ -291,10 +283,10 @@ private slots:
     void initApplication_isSafeToRepeat()
     {
         const QString recordings = ground->tempFolder() + "/qtrecordings";
-        writeFile(recordings + "/take1.wav", "RIFF");
-        writeFile(recordings + "/take2.wav", "RIFF");
+        QVERIFY(WriteFile(recordings + "/take1.wav", "RIFF"));
+        QVERIFY(WriteFile(recordings + "/take2.wav", "RIFF"));
         QFile::setPermissions(recordings + "/take2.wav", QFileDevice::ReadOwner);
-        writeFile(ground->programFolder() + "/servercache/20240101.amr", "#!AMR");
+        QVERIFY(WriteFile(ground->programFolder() + "/servercache/20240101.amr", "#!AMR"));
 
         InitApplication();
         QCOMPARE(QApplication::applicationName(), QString("Quillotone"));
@@ -303,7 +295,7 @@ private slots:
         // Ripped files and the cache are never swept.
         QVERIFY(QFile::exists(ground->programFolder() + "/servercache/20240101.amr"));
 
-        writeFile(recordings + "/take3.wav", "RIFF");
+        QVERIFY(WriteFile(recordings + "/take3.wav", "RIFF"));
         InitApplication();
         QVERIFY(QDir(recordings).isEmpty());
         QDir(recordings).removeRecursively();
@@ -324,7 +316,7 @@ private slots:
         QTemporaryDir childRuntime;
         // This test process holds the lock of the runtime folder in the first row.
         const QString runtimeFolder = firstRuns ? runtime.path() : childRuntime.path();
-        writeFile(ground->tempFolder() + "/qtrecordings/take.wav", "RIFF");
+        QVERIFY(WriteFile(ground->tempFolder() + "/qtrecordings/take.wav", "RIFF"));
         if (firstRuns) {
             // A first run of long standing still counts: its lock is not stale by age.
             QFile lock(runtime.filePath("quillotone.lock"));
@@ -369,7 +361,7 @@ private slots:
         SaveAppSetting("QuillAssistURL", "https://helper.example/q", kSettings);
         const QString path = ground->programFolder() + "/bin/balloonmsg.xml";
         QCOMPARE(QuitBalloonPath(), path);
-        writeFile(path, "older file");
+        QVERIFY(WriteFile(path, "older file"));
 
         WriteQuitBalloon();
         QCOMPARE(ground->openedUrls, opened);

@@ -6,6 +6,7 @@
 #include "delivery/CQueueManager.h"
 #include "delivery/ToneFormats.h"
 #include "delivery/ToneUpload.h"
+#include "support/Files.h"
 #include "support/TestGround.h"
 
 #include <QDomDocument>
@@ -22,9 +23,7 @@ class tst_Delivery : public QObject {
     QString makeTone(const QString& name)
     {
         const QString path = ground->programFolder() + "/" + name;
-        QFile f(path);
-        f.open(QIODevice::WriteOnly);
-        f.write("#!AMR\n");
+        WriteFile(path, "#!AMR\n");
         return path;
     }
     void logIn()

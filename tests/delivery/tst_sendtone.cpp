@@ -9,6 +9,7 @@
 #include "skin/CPictureButton.h"
 #include "skin/ControlTag.h"
 #include "support/DialogAnswerer.h"
+#include "support/Files.h"
 #include "support/QuietOffscreen.h"
 #include "support/ServiceFixture.h"
 #include "support/SoundFiles.h"
@@ -136,10 +137,7 @@ private slots:
         QCOMPARE(download.status, 200);
         QCOMPARE(download.contentType, type.toLatin1());
         const QString tone = ground->root() + "/phone.bin";
-        QFile f(tone);
-        QVERIFY(f.open(QIODevice::WriteOnly));
-        f.write(download.body);
-        f.close();
+        QVERIFY(WriteFile(tone, download.body));
         const ProbedSound heard = Probe(tone);
         QCOMPARE(heard.codec, codec);
         QCOMPARE(heard.sampleRate, rate);

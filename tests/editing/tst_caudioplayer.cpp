@@ -1,4 +1,5 @@
 #include "editing/CAudioPlayer.h"
+#include "support/Files.h"
 #include "support/SoundFiles.h"
 #include "support/SoundTestCase.h"
 #include "support/TakeRecorder.h"
@@ -83,11 +84,8 @@ private slots:
         QFETCH(QByteArray, content);
         QFETCH(bool, exists);
         const QString path = scratch("x.mp3");
-        if (exists) {
-            QFile f(path);
-            QVERIFY(f.open(QIODevice::WriteOnly));
-            f.write(content);
-        }
+        if (exists)
+            QVERIFY(WriteFile(path, content));
         CAudioPlayer player;
         player.StopPlaying();  // nothing playing: harmless
         player.LoadFile(path);

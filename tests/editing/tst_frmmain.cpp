@@ -11,6 +11,7 @@
 #include "skin/CPictureButton.h"
 #include "skin/ControlTag.h"
 #include "support/DialogAnswerer.h"
+#include "support/Files.h"
 #include "support/PulseServer.h"
 #include "support/QuietOffscreen.h"
 #include "support/SoundFiles.h"
@@ -42,9 +43,7 @@ class tst_frmMain : public QObject {
     QString writeFile(const QString& name, const QByteArray& bytes)
     {
         const QString path = ground->tempFolder() + "/" + name;
-        QFile f(path);
-        f.open(QIODevice::WriteOnly);
-        f.write(bytes);
+        WriteFile(path, bytes);
         return path;
     }
 

@@ -2,6 +2,7 @@
 #include "platform/AudioDecoder.h"
 #include "platform/AudioEditor2.h"
 #include "platform/EditorPlayback.h"
+#include "support/Files.h"
 #include "support/SoundFiles.h"
 #include "support/SoundTestCase.h"
 
@@ -82,10 +83,7 @@ private slots:
         QFETCH(QByteArray, content);
         QFETCH(QString, error);
         const QString path = scratch("bad.mp3");
-        QFile f(path);
-        QVERIFY(f.open(QIODevice::WriteOnly));
-        f.write(content);
-        f.close();
+        QVERIFY(WriteFile(path, content));
         AudioEditor2 editor;
         QCOMPARE(openError(editor, path), error);
         QCOMPARE(editor.TotalSamples(), 0);

@@ -5,6 +5,7 @@
 #include "core/seams.h"
 #include "service/CHTTPCall.h"
 #include "support/DialogAnswerer.h"
+#include "support/Files.h"
 #include "support/ServiceFixture.h"
 #include "support/TestGround.h"
 
@@ -19,12 +20,6 @@ namespace {
 const QString kUnreachable =
     "The Quillo Tone server cannot be reached. Please check your Internet connection.";
 const QString kSendFailed = "An error occured connecting to Quillotone - please try again.";
-
-QString ReadFile(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? QString::fromLatin1(f.readAll()) : QString();
-}
 
 struct PaintCounter : QWidget {
     int paints = 0;
@@ -100,7 +95,7 @@ private slots:
         const QString reply = call.GetPage(ptCountryList, params, true, kServiceTimeOut);
         // Page type 1 sets no URL: it asks the last page again, and logs nothing.
         QCOMPARE(call.GetPage(ptNotLogged, params, true, kServiceTimeOut), reply);
-        const QStringList lines = ReadFile(LogFilePath()).split('\n', Qt::SkipEmptyParts);
+        const QStringList lines = QString::fromLatin1(ReadFile(LogFilePath())).split('\n', Qt::SkipEmptyParts);
         QCOMPARE(lines.size(), 4);
         QVERIFY(lines[0].endsWith(": ----[ HTTP Call Start ]----"));
         QVERIFY(lines[1].endsWith(": URL: " + service->baseUrl() + "GetCountryList.asp"));
@@ -143,7 +138,7 @@ private slots:
         QCOMPARE(answerer.seen.size(), 1);
         QCOMPARE(answerer.seen[0].text, kUnreachable);
         QVERIFY(answerer.unexpected.isEmpty());
-        QCOMPARE(ReadFile(LogFilePath()), QString());
+        QVERIFY(ReadFile(LogFilePath()).isEmpty());
     }
 
     void serverThatNeverAnswersTimesOutWhileWindowsLive()
@@ -206,15 +201,10 @@ private slots:
 
         // A binary GET goes only to the file, written over the old one from its start.
         const QString picture = ground->tempFolder() + "/qtc.jpg";
-        QFile old(picture);
-        QVERIFY(old.open(QIODevice::WriteOnly));
-        old.write(QByteArray(200000, 'Z'));
-        old.close();
+        QVERIFY(WriteFile(picture, QByteArray(200000, 'Z')));
         QCOMPARE(call.SendHTTP(service->baseUrl() + "qtc/JpegImage.aspx?1A2B3C4", true, {}, picture, kServiceTimeOut),
                  QString());
-        QFile written(picture);
-        QVERIFY(written.open(QIODevice::ReadOnly));
-        const QByteArray bytes = written.readAll();
+        const QByteArray bytes = ReadFile(picture);
         QCOMPARE(bytes.size(), 200000);
         QVERIFY(bytes.startsWith("\xFF\xD8"));
         QVERIFY(bytes.endsWith("ZZZZ"));

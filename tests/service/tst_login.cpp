@@ -11,6 +11,7 @@
 #include "skin/CPictureButton.h"
 #include "service/frmLogin.h"
 #include "support/DialogAnswerer.h"
+#include "support/Files.h"
 #include "support/ServiceFixture.h"
 #include "support/TestGround.h"
 
@@ -37,9 +38,7 @@ DialogAnswerer::Step SignIn(const QString& number, const QString& password)
 
 QStringList LogLines()
 {
-    QFile f(LogFilePath());
-    return f.open(QIODevice::ReadOnly) ? QString::fromLatin1(f.readAll()).split('\n', Qt::SkipEmptyParts)
-                                       : QStringList();
+    return QString::fromLatin1(ReadFile(LogFilePath())).split('\n', Qt::SkipEmptyParts);
 }
 
 int Requests(const QString& page)
