@@ -148,8 +148,7 @@ private slots:
         DialogAnswerer answers;
         answers.answer("frmToneNotTrimmed", "imgOK");
         release("cmdTrim");
-        QVERIFY(answers.allAnswered());
-        QVERIFY(answers.unexpected.isEmpty());
+        QVERIFY2(answers.finishedCleanly(), qPrintable(answers.problems()));
         QVERIFY(!form->mbTrimmed);
     }
 
@@ -198,8 +197,7 @@ private slots:
         QVERIFY(form->Button("cmdOpen")->isEnabled() && !form->mbBusy);
         form->LoadSoundFile(path);  // "err" is still there for the next failure
         QCOMPARE(tag("lblToneLength"), QString("err"));
-        QVERIFY(answers.allAnswered());
-        QVERIFY(answers.unexpected.isEmpty());
+        QVERIFY2(answers.finishedCleanly(), qPrintable(answers.problems()));
         form->LoadSoundFile(song);
         QCOMPARE(tag("lblToneLength"), QString("0m 10s"));
         QCOMPARE(text("lblSoundFile"), QString("Some Song.mp3"));
@@ -319,8 +317,7 @@ private slots:
         bool result = !goOn;
         form->CheckToneSize(tone, result);
         QCOMPARE(result, goOn);
-        QVERIFY(answers.allAnswered());
-        QVERIFY(answers.unexpected.isEmpty());
+        QVERIFY2(answers.finishedCleanly(), qPrintable(answers.problems()));
         if (!answer.isEmpty())
             QCOMPARE(sizeShown, QString::number(bytes));
     }

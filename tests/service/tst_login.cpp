@@ -133,8 +133,7 @@ private slots:
             .answer("frmAnnouncements", "imgOK");
         CLoginManager manager;
         manager.Login({});
-        QVERIFY(script->allAnswered());
-        QVERIFY2(script->unexpected.isEmpty(), qPrintable(script->unexpected.join('|')));
+        QVERIFY2(script->finishedCleanly(), qPrintable(script->problems()));
         QVERIFY(script->seen[1].text.contains("This is the demo account"));
         QVERIFY(script->seen[1].text.contains("free quills to try.\n"));
         script.reset();
@@ -192,8 +191,7 @@ private slots:
             .answer("frmLogin", "imgCancel");
         CLoginManager manager;
         manager.Login({});
-        QVERIFY(script.allAnswered());
-        QVERIFY2(script.unexpected.isEmpty(), qPrintable(script.unexpected.join('|')));
+        QVERIFY2(script.finishedCleanly(), qPrintable(script.problems()));
         QVERIFY2(script.seen[1].text.contains(message), qPrintable(script.seen[1].text));
         QVERIFY(!manager.LoggedIn());
         QVERIFY(manager.Cancelled());
@@ -319,8 +317,7 @@ private slots:
             .answer("frmAnnouncements", [](QWidget* w) { QTest::keyClick(w, Qt::Key_Escape); })
             .answer("frmAnnouncements", [](QWidget* w) { QTest::mouseClick(w, Qt::LeftButton, {}, QPoint(2, 2)); });
         CAnnouncements().CheckForAnnouncements();
-        QVERIFY(script.allAnswered());
-        QVERIFY(script.unexpected.isEmpty());
+        QVERIFY2(script.finishedCleanly(), qPrintable(script.problems()));
         QVERIFY(script.seen[0].text.contains("Welcome to Quillo Tone, Ann!\nYour first 3 tones"));
         QVERIFY(script.seen[1].text.contains("Your friend Bo has joined"));
         QVERIFY(script.seen[2].text.contains("Your friend Cy has joined"));
@@ -342,8 +339,7 @@ private slots:
                 QTest::mouseClick(w->findChild<QWidget*>("imgOK"), Qt::LeftButton);
             });
         CAnnouncements().CheckForAnnouncements();
-        QVERIFY(script.allAnswered());
-        QVERIFY(script.unexpected.isEmpty());
+        QVERIFY2(script.finishedCleanly(), qPrintable(script.problems()));
         QVERIFY(script.seen[0].text.contains("cannot be reached"));
         QVERIFY(script.seen[1].text.split('\n').contains("err"));
     }

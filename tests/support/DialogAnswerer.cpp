@@ -43,6 +43,16 @@ DialogAnswerer& DialogAnswerer::answer(const QString& window, Step step)
     return *this;
 }
 
+QString DialogAnswerer::problems() const
+{
+    QStringList parts;
+    for (const Expected& e : mQueue)
+        parts << QStringLiteral("never came: ") + e.window;
+    for (const QString& u : unexpected)
+        parts << QStringLiteral("unexpected: ") + u;
+    return parts.join(QStringLiteral("; "));
+}
+
 void DialogAnswerer::poll()
 {
     QWidget* modal = QApplication::activeModalWidget();

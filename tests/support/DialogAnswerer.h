@@ -33,6 +33,9 @@ public:
     DialogAnswerer& answer(const QString& window, Step step);
 
     bool allAnswered() const { return mQueue.isEmpty(); }
+    // Every answer given and no other window came; problems() says otherwise what.
+    bool finishedCleanly() const { return allAnswered() && unexpected.isEmpty(); }
+    QString problems() const;
     QList<Seen> seen;
     QStringList unexpected;
 
