@@ -211,7 +211,6 @@ private slots:
     {
         QFETCH(QString, useTunnel);
         QFETCH(QString, currentTone);
-        QFETCH(QStringList, opened);
         SaveAppSetting("DID", "1", kSettings);
         SaveAppSetting("UseTunnel", useTunnel, kSettings);
         SaveAppSetting("QuillAssistURL", "https://helper.example/q", kSettings);
@@ -224,7 +223,7 @@ private slots:
         QVERIFY2(answerer.finishedCleanly(), qPrintable(answerer.problems()));
         QCOMPARE(gbUseTunnel, useTunnel == "1");
         QCOMPARE(readFile(gstrMyMusicPath), kEmptyLibrary + "\n");
-        QCOMPARE(ground->openedUrls, opened);
+        QTEST(ground->openedUrls, "opened");
         // The window is usable again after the library question.
         QVERIFY(main->isVisible());
         for (QWidget* control : main->findChildren<QWidget*>())
@@ -249,7 +248,6 @@ private slots:
         QFETCH(bool, exists);
         QFETCH(QString, answer);
         QFETCH(bool, withSearch);
-        QFETCH(bool, searched);
         QFETCH(bool, emptyWritten);
         InitApplication();
         if (exists)
@@ -263,7 +261,7 @@ private slots:
 
         EnsureMusicLibrary();
         QVERIFY2(answerer.finishedCleanly(), qPrintable(answerer.problems()));
-        QCOMPARE(ran, searched);
+        QTEST(ran, "searched");
         if (emptyWritten)
             QCOMPARE(readFile(gstrMyMusicPath), QString("<?xml version=\"1.0\" ?><Quillotone></Quillotone>\n"));
         else if (exists)
@@ -353,7 +351,6 @@ private slots:
         QFETCH(QString, currentTone);
         QFETCH(QString, useTunnel);
         QFETCH(bool, written);
-        QFETCH(QStringList, opened);
         SaveAppSetting("CurrentTone", currentTone, kToneData);
         SaveAppSetting("UseTunnel", useTunnel, kSettings);
         SaveAppSetting("QuillAssistURL", "https://helper.example/q", kSettings);
@@ -362,7 +359,7 @@ private slots:
         QVERIFY(WriteFile(path, "older file"));
 
         WriteQuitBalloon();
-        QCOMPARE(ground->openedUrls, opened);
+        QTEST(ground->openedUrls, "opened");
         const QString expected =
             "<?xml version=\"1.0\"?><Message Text=\"You have quit Quillo Tone but you still have a tone waiting - "
             "don't forget to retrieve your tone on your phone! Make sure you keep your computer running until you "
@@ -391,8 +388,6 @@ private slots:
         QFETCH(QString, path);
         QFETCH(QString, answer);
         QFETCH(bool, ended);
-        QFETCH(bool, balloon);
-        QFETCH(QStringList, killed);
         SaveAppSetting("CurrentTone", "AB12", kToneData);  // a tone is pending
         SaveAppSetting("Logging", "1", kSettings);
         QStringList kills;
@@ -420,8 +415,8 @@ private slots:
         QVERIFY(answerer.allAnswered());
         QCOMPARE(didEnd, ended);
         QCOMPARE(ground->endCodes, ended ? QList<int>{0} : QList<int>());
-        QCOMPARE(QFile::exists(QuitBalloonPath()), balloon);
-        QCOMPARE(kills, killed);
+        QTEST(QFile::exists(QuitBalloonPath()), "balloon");
+        QTEST(kills, "killed");
         QCOMPARE(readFile(LogFilePath()).contains(": Shutting down Quillo Tone"), path == "lblClose" && ended);
         if (path == "lblClose")
             QCOMPARE(frmMain->isVisible(), !ended);

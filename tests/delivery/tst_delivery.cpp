@@ -64,15 +64,12 @@ private slots:
     void formats()
     {
         QFETCH(QString, word);
-        QFETCH(int, number);
         QFETCH(QString, name);
-        QFETCH(QString, type);
-        QFETCH(QString, ext);
         const ToneFormat& f = ToneFormatFor(word);
-        QCOMPARE(f.preferredFormat, number);
+        QTEST(f.preferredFormat, "number");
         QCOMPARE(ConvertedFilePath(f), ground->tempFolder() + "/" + name);
-        QCOMPARE(f.contentType, type);
-        QCOMPARE(f.extension, ext);
+        QTEST(f.contentType, "type");
+        QTEST(f.extension, "ext");
     }
 
     void fileNames()
@@ -139,8 +136,7 @@ private slots:
     void uploadReply()
     {
         QFETCH(QString, reply);
-        QFETCH(bool, endsLoop);
-        QCOMPARE(UploadReplyEndsLoop(reply), endsLoop);
+        QTEST(UploadReplyEndsLoop(reply), "endsLoop");
     }
 
     void saveData_record_data()

@@ -108,7 +108,6 @@ private slots:
     {
         QFETCH(QString, format);
         QFETCH(QString, codec);
-        QFETCH(int, rate);
         QFETCH(QString, type);
         QFETCH(double, frame);
         gstrPreferredFormat = format;
@@ -140,7 +139,7 @@ private slots:
         QVERIFY(WriteFile(tone, download.body));
         const ProbedSound heard = Probe(tone);
         QCOMPARE(heard.codec, codec);
-        QCOMPARE(heard.sampleRate, rate);
+        QTEST(heard.sampleRate, "rate");
         QCOMPARE(heard.channels, 1);
         QVERIFY2(qAbs(heard.seconds - 20.0) <= frame + 0.03, qPrintable(QString::number(heard.seconds)));
     }

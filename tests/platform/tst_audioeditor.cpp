@@ -369,10 +369,9 @@ private slots:
     {
         QFETCH(int, sample);
         QFETCH(double, gain);
-        QFETCH(int, expected);
         int16_t s = static_cast<int16_t>(sample);
         ApplyGain(&s, 1, gain);
-        QCOMPARE(int(s), expected);
+        QTEST(int(s), "expected");
     }
 
     void play_selectionRunsToItsEnd()
