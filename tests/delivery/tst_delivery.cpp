@@ -6,6 +6,7 @@
 #include "delivery/CQueueManager.h"
 #include "delivery/ToneFormats.h"
 #include "delivery/ToneUpload.h"
+#include "support/Files.h"
 #include "support/TestGround.h"
 
 #include <QDomDocument>
@@ -22,9 +23,7 @@ class tst_Delivery : public QObject {
     QString makeTone(const QString& name)
     {
         const QString path = ground->programFolder() + "/" + name;
-        QFile f(path);
-        f.open(QIODevice::WriteOnly);
-        f.write("#!AMR\n");
+        WriteFile(path, "#!AMR\n");
         return path;
     }
     void logIn()
@@ -65,15 +64,12 @@ private slots:
     void formats()
     {
         QFETCH(QString, word);
-        QFETCH(int, number);
         QFETCH(QString, name);
-        QFETCH(QString, type);
-        QFETCH(QString, ext);
         const ToneFormat& f = ToneFormatFor(word);
-        QCOMPARE(f.preferredFormat, number);
+        QTEST(f.preferredFormat, "number");
         QCOMPARE(ConvertedFilePath(f), ground->tempFolder() + "/" + name);
-        QCOMPARE(f.contentType, type);
-        QCOMPARE(f.extension, ext);
+        QTEST(f.contentType, "type");
+        QTEST(f.extension, "ext");
     }
 
     void fileNames()
@@ -81,8 +77,6 @@ private slots:
         QCOMPARE(PreviewFilePath(), ground->tempFolder() + "/preview.mp3");
         QCOMPARE(ToneFilePath(QDateTime(QDate(2005, 3, 3), QTime(14, 7, 9)), "amr"),
                  ground->programFolder() + "/servercache/20050303140709.amr");
-        QCOMPARE(ToneFilePath(QDateTime(QDate(2026, 11, 23), QTime(0, 0, 0)), "mp3"),
-                 ground->programFolder() + "/servercache/20261123000000.mp3");
     }
 
     void toneDataFields_data()
@@ -142,8 +136,7 @@ private slots:
     void uploadReply()
     {
         QFETCH(QString, reply);
-        QFETCH(bool, endsLoop);
-        QCOMPARE(UploadReplyEndsLoop(reply), endsLoop);
+        QTEST(UploadReplyEndsLoop(reply), "endsLoop");
     }
 
     void saveData_record_data()

@@ -1,42 +1,17 @@
 #include "editing/CAudioPlayer.h"
-#include "support/DialogAnswerer.h"
-#include "support/PulseServer.h"
+#include "support/Files.h"
 #include "support/SoundFiles.h"
+#include "support/SoundTestCase.h"
 #include "support/TakeRecorder.h"
-#include "support/TestGround.h"
 
 #include <QFile>
 #include <QSignalSpy>
 #include <QTest>
 #include <cmath>
-#include <memory>
 
-class tst_CAudioPlayer : public QObject {
+class tst_CAudioPlayer : public SoundTestCase {
     Q_OBJECT
-    std::unique_ptr<PulseServer> pulse;
-    std::unique_ptr<TestGround> ground;
-    std::unique_ptr<DialogAnswerer> answerer;
-
-    QString scratch(const QString& name) const { return ground->tempFolder() + "/" + name; }
-
 private slots:
-    void initTestCase()
-    {
-        pulse = std::make_unique<PulseServer>();
-        QVERIFY2(pulse->Started(), qPrintable(pulse->Error()));
-    }
-    void init()
-    {
-        ground = std::make_unique<TestGround>();
-        answerer = std::make_unique<DialogAnswerer>();
-    }
-    void cleanup()
-    {
-        QVERIFY(answerer->unexpected.isEmpty());
-        answerer.reset();
-        ground.reset();
-    }
-
     void playback_isHeardOnTheSoundServer_data()
     {
         QTest::addColumn<QString>("name");
@@ -109,11 +84,8 @@ private slots:
         QFETCH(QByteArray, content);
         QFETCH(bool, exists);
         const QString path = scratch("x.mp3");
-        if (exists) {
-            QFile f(path);
-            QVERIFY(f.open(QIODevice::WriteOnly));
-            f.write(content);
-        }
+        if (exists)
+            QVERIFY(WriteFile(path, content));
         CAudioPlayer player;
         player.StopPlaying();  // nothing playing: harmless
         player.LoadFile(path);

@@ -2,24 +2,18 @@
 #include "platform/AudioDecoder.h"
 #include "platform/AudioEditor2.h"
 #include "platform/EditorPlayback.h"
-#include "support/DialogAnswerer.h"
-#include "support/PulseServer.h"
+#include "support/Files.h"
 #include "support/SoundFiles.h"
-#include "support/TestGround.h"
+#include "support/SoundTestCase.h"
 
 #include <QFile>
 #include <QImage>
 #include <QSignalSpy>
 #include <QTest>
-#include <memory>
 
-class tst_AudioEditor : public QObject {
+class tst_AudioEditor : public SoundTestCase {
     Q_OBJECT
-    std::unique_ptr<PulseServer> pulse;
-    std::unique_ptr<TestGround> ground;
-    std::unique_ptr<DialogAnswerer> answerer;
-
-    QString scratch(const QString& name) const { return ground->tempFolder() + "/" + name; }
+    // The case that unplugs the devices comes last.
 
     QString openError(AudioEditor2& editor, const QString& path)
     {
@@ -32,23 +26,6 @@ class tst_AudioEditor : public QObject {
     }
 
 private slots:
-    void initTestCase()
-    {
-        pulse = std::make_unique<PulseServer>();
-        QVERIFY2(pulse->Started(), qPrintable(pulse->Error()));
-    }
-    void init()
-    {
-        ground = std::make_unique<TestGround>();
-        answerer = std::make_unique<DialogAnswerer>();
-    }
-    void cleanup()
-    {
-        QVERIFY(answerer->unexpected.isEmpty());
-        answerer.reset();
-        ground.reset();
-    }
-
     void openFile_lengthAndProgress_data()
     {
         QTest::addColumn<QString>("name");
@@ -106,10 +83,7 @@ private slots:
         QFETCH(QByteArray, content);
         QFETCH(QString, error);
         const QString path = scratch("bad.mp3");
-        QFile f(path);
-        QVERIFY(f.open(QIODevice::WriteOnly));
-        f.write(content);
-        f.close();
+        QVERIFY(WriteFile(path, content));
         AudioEditor2 editor;
         QCOMPARE(openError(editor, path), error);
         QCOMPARE(editor.TotalSamples(), 0);
@@ -396,10 +370,9 @@ private slots:
     {
         QFETCH(int, sample);
         QFETCH(double, gain);
-        QFETCH(int, expected);
         int16_t s = static_cast<int16_t>(sample);
         ApplyGain(&s, 1, gain);
-        QCOMPARE(int(s), expected);
+        QTEST(int(s), "expected");
     }
 
     void play_selectionRunsToItsEnd()

@@ -25,7 +25,6 @@ private slots:
         QFETCH(int, value);
         QFETCH(int, events);
         NCTSliderB2 slider;
-        QCOMPARE(slider.objectName(), QString("NCTSliderB21"));
         QSignalSpy moved(&slider, &NCTSliderB2::OnVolumeSliderMoved);
         slider.SetValue(set);
         QCOMPARE(slider.Value(), value);

@@ -1,5 +1,6 @@
 #include "core/CError.h"
 #include "platform/AudioFileInfo.h"
+#include "support/Files.h"
 #include "support/SoundFiles.h"
 #include "support/TestGround.h"
 
@@ -60,13 +61,10 @@ private slots:
     void fields_emptyWhenUntaggedOrNoSound()
     {
         QFETCH(QString, name);
-        if (name.endsWith("wav")) {
+        if (name.endsWith("wav"))
             MakeTone(scratch(name), 1.0);
-        } else {
-            QFile f(scratch(name));
-            QVERIFY(f.open(QIODevice::WriteOnly));
-            f.write("not a song\n");
-        }
+        else
+            QVERIFY(WriteFile(scratch(name), "not a song\n"));
         AudioFileInfo info;
         info.Open(scratch(name));
         for (int place : {1, 2, 3, 4, 6, 8, 10, 11, 12, 13})

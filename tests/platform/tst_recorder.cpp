@@ -1,34 +1,18 @@
 #include "platform/NCTAudioPlayer2.h"
 #include "platform/NCTAudioRecord2.h"
 #include "platform/SoundLevel.h"
-#include "support/PulseServer.h"
 #include "support/SoundFiles.h"
+#include "support/SoundTestCase.h"
 #include "support/TakeRecorder.h"
-#include "support/TestGround.h"
 
 #include <QFile>
 #include <QSignalSpy>
 #include <QTest>
-#include <memory>
 
-class tst_Recorder : public QObject {
+class tst_Recorder : public SoundTestCase {
     Q_OBJECT
-    std::unique_ptr<PulseServer> pulse;
-    std::unique_ptr<TestGround> ground;
-
-    QString scratch(const QString& name) const { return ground->tempFolder() + "/" + name; }
-
+    // The case that unplugs the devices comes last.
 private slots:
-    // One server for the process: the sound backend connects once. The case
-    // that unplugs the devices comes last.
-    void initTestCase()
-    {
-        pulse = std::make_unique<PulseServer>();
-        QVERIFY2(pulse->Started(), qPrintable(pulse->Error()));
-    }
-    void init() { ground = std::make_unique<TestGround>(); }
-    void cleanup() { ground.reset(); }
-
     void levels_data()
     {
         QTest::addColumn<int>("peak");
@@ -42,8 +26,7 @@ private slots:
     void levels()
     {
         QFETCH(int, peak);
-        QFETCH(int, level);
-        QCOMPARE(LevelOfPeak(peak), level);
+        QTEST(LevelOfPeak(peak), "level");
     }
 
     void deviceList_namesTheServersInputs()

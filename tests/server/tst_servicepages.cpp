@@ -1,6 +1,7 @@
 // The web service through a real TLS client: its lists, the whole life of an
 // account, tone uploads and downloads, referrals, the picture page, restarts
 // and hostile requests.
+#include "support/Files.h"
 #include "support/ServiceFixture.h"
 #include "support/TestGround.h"
 
@@ -176,15 +177,11 @@ private slots:
                     .body.startsWith("0,"));
 
         // Restart: everything is still there, the certificate too.
-        QFile pem(service->certificateFile());
-        QVERIFY(pem.open(QIODevice::ReadOnly));
-        const QByteArray certificate = pem.readAll();
-        pem.close();
+        const QByteArray certificate = ReadFile(service->certificateFile());
         QVERIFY(service->restart());
         QCOMPARE(Fields(service->get(LoginQuery("0411222333", "secret99")).body)[7], QString("0"));
         QVERIFY(service->get(reply[2].mid(reply[2].indexOf("tones/"))).body == tone);
-        QVERIFY(pem.open(QIODevice::ReadOnly));
-        QCOMPARE(pem.readAll(), certificate);
+        QCOMPARE(ReadFile(service->certificateFile()), certificate);
     }
 
     void uploadRefusals_data()
@@ -348,9 +345,7 @@ private slots:
         QCOMPARE(service->get(LoginQuery("0400000005", "oldpass1")).body, QByteArray("0"));
         QCOMPARE(Fields(service->get(LoginQuery("0400000005", m.captured(1))).body)[0], QString("1"));
         // Passwords are stored hashed and salted, never in clear.
-        QFile db(service->dataFolder() + "/service.db");
-        QVERIFY(db.open(QIODevice::ReadOnly));
-        const QByteArray raw = db.readAll();
+        const QByteArray raw = ReadFile(service->dataFolder() + "/service.db");
         QVERIFY(!raw.contains("oldpass1") && !raw.contains(ServiceFixture::kDemoPassword));
     }
 

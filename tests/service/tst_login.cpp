@@ -10,15 +10,15 @@
 #include "core/frmIntro.h"
 #include "skin/CPictureButton.h"
 #include "service/frmLogin.h"
+#include "support/DialogAnswerer.h"
+#include "support/Files.h"
 #include "support/ServiceFixture.h"
 #include "support/TestGround.h"
-#include "WindowScript.h"
 
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QTcpServer>
 #include <QTest>
 #include <memory>
 
@@ -26,23 +26,19 @@ namespace {
 const QString kDemo = ServiceFixture::kDemoMobile;
 const QString kDemoPassword = ServiceFixture::kDemoPassword;
 
-WindowScript::Step SignIn(const QString& number, const QString& password)
+DialogAnswerer::Step SignIn(const QString& number, const QString& password)
 {
     return [number, password](QWidget* w) {
         auto* window = static_cast<frmLogin*>(w);
         window->txtMobileNumber->setText(number);
         window->txtPassword->setText(password);
-        QMetaObject::invokeMethod(
-            window->imgSignIn, [button = window->imgSignIn] { QTest::mouseClick(button, Qt::LeftButton); },
-            Qt::QueuedConnection);
+        QTest::mouseClick(window->imgSignIn, Qt::LeftButton);
     };
 }
 
 QStringList LogLines()
 {
-    QFile f(LogFilePath());
-    return f.open(QIODevice::ReadOnly) ? QString::fromLatin1(f.readAll()).split('\n', Qt::SkipEmptyParts)
-                                       : QStringList();
+    return QString::fromLatin1(ReadFile(LogFilePath())).split('\n', Qt::SkipEmptyParts);
 }
 
 int Requests(const QString& page)
@@ -67,8 +63,7 @@ private slots:
     void init()
     {
         ground = std::make_unique<TestGround>();
-        seams().serviceBaseUrl = service->baseUrl();
-        seams().serviceCertificateFile = service->certificateFile();
+        service->aimSeams();
         gstrMachineKey = "0123456789ABCDEF";
         SaveAppSetting("Logging", "1", kSettings);
         // A stand-in main window with the two controls login touches.
@@ -133,15 +128,14 @@ private slots:
 
     void loginFillsTheSessionAndReadsAnnouncementsOnce()
     {
-        auto script = std::make_unique<WindowScript>();
-        script->when("frmLogin", SignIn(kDemo, kDemoPassword))
-            .when("frmAnnouncements", WindowScript::press("imgOK"));
+        auto script = std::make_unique<DialogAnswerer>();
+        script->answer("frmLogin", SignIn(kDemo, kDemoPassword))
+            .answer("frmAnnouncements", "imgOK");
         CLoginManager manager;
         manager.Login({});
-        QVERIFY(script->done());
-        QVERIFY2(script->unexpected.isEmpty(), qPrintable(script->unexpected.join('|')));
-        QVERIFY(script->seen[1].contains("This is the demo account"));
-        QVERIFY(script->seen[1].contains("free quills to try.\n"));
+        QVERIFY2(script->finishedCleanly(), qPrintable(script->problems()));
+        QVERIFY(script->seen[1].text.contains("This is the demo account"));
+        QVERIFY(script->seen[1].text.contains("free quills to try.\n"));
         script.reset();
         QVERIFY(manager.LoggedIn());
         QVERIFY(!manager.Cancelled() && !manager.DoSignup());
@@ -159,8 +153,8 @@ private slots:
         QVERIFY(LogLines().filter("Origin=0").size() == 1);
         // One announcement window, two requests; the next login finds none.
         QCOMPARE(Requests("AnnouncementRead.asp"), 2);
-        WindowScript again;
-        again.when("frmLogin", SignIn(kDemo, kDemoPassword));
+        DialogAnswerer again;
+        again.answer("frmLogin", SignIn(kDemo, kDemoPassword));
         CLoginManager second;
         second.Login({});
         QVERIFY(second.LoggedIn());
@@ -168,23 +162,44 @@ private slots:
         QCOMPARE(Requests("AnnouncementRead.asp"), 3);
     }
 
-    void rejectedLoginIsCountedAndRemembered()
+    // A sign-in that fails leaves the window up after its message; only a
+    // refusal by the service is counted, and the number tried remembered.
+    void failedSignIn_data()
     {
-        WindowScript script;
-        script.when("frmLogin", SignIn("0499999999", "wrong"))
-            .when("frmGenericOKDialog", WindowScript::key(Qt::Key_Return))
-            .when("frmLogin", WindowScript::press("imgCancel"));
+        QTest::addColumn<QString>("number");
+        QTest::addColumn<QString>("password");
+        QTest::addColumn<bool>("reachable");
+        QTest::addColumn<QString>("message");
+        QTest::addColumn<int>("refusals");
+        QTest::addRow("refused") << "0499999999" << "wrong" << true << "Invalid login. Please try again." << 1;
+        QTest::addRow("no number") << "   " << "x" << true << "Please enter your mobile number and password." << 0;
+        QTest::addRow("no password") << kDemo << "" << true << "Please enter your mobile number and password." << 0;
+        QTest::addRow("service unreachable") << kDemo << kDemoPassword << false << "cannot be reached" << 0;
+    }
+    void failedSignIn()
+    {
+        QFETCH(QString, number);
+        QFETCH(QString, password);
+        QFETCH(bool, reachable);
+        QFETCH(QString, message);
+        QFETCH(int, refusals);
+        if (!reachable)
+            seams().serviceBaseUrl = ServiceFixture::unreachableUrl();
+        DialogAnswerer script;
+        script.answer("frmLogin", SignIn(number, password))
+            .answer("frmGenericOKDialog", "Enter")
+            .answer("frmLogin", "imgCancel");
         CLoginManager manager;
         manager.Login({});
-        QVERIFY(script.done());
-        QVERIFY(script.unexpected.isEmpty());
-        QVERIFY(script.seen[1].endsWith("Invalid login. Please try again."));
+        QVERIFY2(script.finishedCleanly(), qPrintable(script.problems()));
+        QVERIFY2(script.seen[1].text.contains(message), qPrintable(script.seen[1].text));
         QVERIFY(!manager.LoggedIn());
         QVERIFY(manager.Cancelled());
-        QCOMPARE(manager.FailedAttempts(), int16_t(1));
-        // The number tried is remembered, and the announcement check ran with it.
-        QCOMPARE(GetAppSetting("LastPhoneNumber", kSettings), QString("0499999999"));
-        QVERIFY(LogLines().filter("AnnouncementRead.asp?MobileNumber=0499999999&Password=wrong").size() == 1);
+        QCOMPARE(manager.FailedAttempts(), int16_t(refusals));
+        QCOMPARE(Requests("Login.asp"), refusals);
+        QCOMPARE(GetAppSetting("LastPhoneNumber", kSettings), refusals ? number : QString());
+        // The announcement check ran with the number refused.
+        QCOMPARE(Requests("AnnouncementRead.asp?MobileNumber=0499999999&Password=wrong"), refusals);
         QVERIFY(ground->endCodes.isEmpty());
     }
 
@@ -197,58 +212,16 @@ private slots:
     void sixthRejectionEndsTheProgram()
     {
         QFETCH(int, rejections);
-        WindowScript script;
+        DialogAnswerer script;
         for (int i = 0; i < rejections; ++i)
-            script.when("frmLogin", SignIn(kDemo, "wrong")).when("frmGenericOKDialog", WindowScript::key(Qt::Key_Return));
+            script.answer("frmLogin", SignIn(kDemo, "wrong")).answer("frmGenericOKDialog", "Enter");
         if (rejections < 6)
-            script.when("frmLogin", WindowScript::press("imgCancel"));
+            script.answer("frmLogin", "imgCancel");
         CLoginManager manager;
         manager.Login({});
-        QVERIFY(script.done());
+        QVERIFY(script.allAnswered());
         QCOMPARE(manager.FailedAttempts(), int16_t(rejections));
         QCOMPARE(ground->endCodes.size(), rejections == 6 ? 1 : 0);
-    }
-
-    void emptyFieldsAskForBoth_data()
-    {
-        QTest::addColumn<QString>("number");
-        QTest::addColumn<QString>("password");
-        QTest::addRow("no number") << "   " << "x";
-        QTest::addRow("no password") << kDemo << "";
-    }
-    void emptyFieldsAskForBoth()
-    {
-        QFETCH(QString, number);
-        QFETCH(QString, password);
-        WindowScript script;
-        script.when("frmLogin", SignIn(number, password))
-            .when("frmGenericOKDialog", WindowScript::key(Qt::Key_Return))
-            .when("frmLogin", WindowScript::press("imgCancel"));
-        CLoginManager manager;
-        manager.Login({});
-        QVERIFY(script.done());
-        QVERIFY(script.seen[1].endsWith("Please enter your mobile number and password."));
-        QCOMPARE(manager.FailedAttempts(), int16_t(0));
-        QCOMPARE(Requests("Login.asp"), 0);
-    }
-
-    void unreachableServiceStaysInTheWindow()
-    {
-        QTcpServer probe;
-        probe.listen(QHostAddress::LocalHost);
-        seams().serviceBaseUrl = QString("https://127.0.0.1:%1/").arg(probe.serverPort());
-        probe.close();
-        WindowScript script;
-        script.when("frmLogin", SignIn(kDemo, kDemoPassword))
-            .when("frmGenericOKDialog", WindowScript::key(Qt::Key_Return))
-            .when("frmLogin", WindowScript::press("imgCancel"));
-        CLoginManager manager;
-        manager.Login({});
-        QVERIFY(script.done());
-        QVERIFY(script.unexpected.isEmpty());
-        QVERIFY(script.seen[1].contains("cannot be reached"));
-        QCOMPARE(manager.FailedAttempts(), int16_t(0));
-        QCOMPARE(GetAppSetting("LastPhoneNumber", kSettings), QString());
     }
 
     void originGoesOutAsANumber_data()
@@ -265,8 +238,8 @@ private slots:
         QFETCH(QString, sent);
         if (!setting.isEmpty())
             SaveAppSetting("Origin", setting, kSettings);
-        WindowScript script;
-        script.when("frmLogin", SignIn(kDemo, kDemoPassword));
+        DialogAnswerer script;
+        script.answer("frmLogin", SignIn(kDemo, kDemoPassword));
         CLoginManager manager;
         manager.Login({});
         QVERIFY(manager.LoggedIn());
@@ -278,8 +251,8 @@ private slots:
         // Sign-up leaves for the intro window.
         mainWindow->show();
         {
-            WindowScript signup;
-            signup.when("frmLogin", [](QWidget* w) {
+            DialogAnswerer signup;
+            signup.answer("frmLogin", [](QWidget* w) {
                 QTest::mouseClick(static_cast<frmLogin*>(w)->lblSignUp2, Qt::LeftButton);
             });
             CLoginManager first;
@@ -294,8 +267,8 @@ private slots:
         // The forgotten-password link opens the service's page and stays; Esc ends the program.
         SaveAppSetting("LastPhoneNumber", "0411000111", kSettings);
         QString shownNumber;
-        WindowScript other;
-        other.when("frmLogin", [&](QWidget* w) {
+        DialogAnswerer other;
+        other.answer("frmLogin", [&](QWidget* w) {
             auto* window = static_cast<frmLogin*>(w);
             shownNumber = window->txtMobileNumber->text();
             QTest::mouseClick(window->lblURL, Qt::LeftButton);
@@ -311,8 +284,8 @@ private slots:
     void numberTakesDigitsAndEnterSignsIn()
     {
         QString typed;
-        WindowScript script;
-        script.when("frmLogin", [&](QWidget* w) {
+        DialogAnswerer script;
+        script.answer("frmLogin", [&](QWidget* w) {
             auto* window = static_cast<frmLogin*>(w);
             window->txtMobileNumber->clear();
             QTest::keyClicks(window->txtMobileNumber, "04a12-3 456x78");
@@ -339,16 +312,15 @@ private slots:
         QVERIFY(!service->addActiveCustomer("0400000103", "secret99", "Cy").isEmpty());
         gstrMobileNumber = "0400000101";
         gstrPassword = Encrypt("secret99", gstrMachineKey);
-        WindowScript script;
-        script.when("frmAnnouncements", WindowScript::press("imgOK"))
-            .when("frmAnnouncements", [](QWidget* w) { QTest::keyClick(w, Qt::Key_Escape); })
-            .when("frmAnnouncements", [](QWidget* w) { QTest::mouseClick(w, Qt::LeftButton, {}, QPoint(2, 2)); });
+        DialogAnswerer script;
+        script.answer("frmAnnouncements", "imgOK")
+            .answer("frmAnnouncements", [](QWidget* w) { QTest::keyClick(w, Qt::Key_Escape); })
+            .answer("frmAnnouncements", [](QWidget* w) { QTest::mouseClick(w, Qt::LeftButton, {}, QPoint(2, 2)); });
         CAnnouncements().CheckForAnnouncements();
-        QVERIFY(script.done());
-        QVERIFY(script.unexpected.isEmpty());
-        QVERIFY(script.seen[0].contains("Welcome to Quillo Tone, Ann!\nYour first 3 tones"));
-        QVERIFY(script.seen[1].contains("Your friend Bo has joined"));
-        QVERIFY(script.seen[2].contains("Your friend Cy has joined"));
+        QVERIFY2(script.finishedCleanly(), qPrintable(script.problems()));
+        QVERIFY(script.seen[0].text.contains("Welcome to Quillo Tone, Ann!\nYour first 3 tones"));
+        QVERIFY(script.seen[1].text.contains("Your friend Bo has joined"));
+        QVERIFY(script.seen[2].text.contains("Your friend Cy has joined"));
         QCOMPARE(Requests("AnnouncementRead.asp?MobileNumber=0400000101&Password=secret99"), 4);
     }
 
@@ -358,32 +330,28 @@ private slots:
         service->get("AnnouncementRead.asp?MobileNumber=0400000104&Password=secret99");
         gstrMobileNumber = "0400000104";
         gstrPassword = Encrypt("secret99", gstrMachineKey);
-        QTcpServer probe;
-        probe.listen(QHostAddress::LocalHost);
-        seams().serviceBaseUrl = QString("https://127.0.0.1:%1/").arg(probe.serverPort());
-        probe.close();
+        seams().serviceBaseUrl = ServiceFixture::unreachableUrl();
         // Closing the "err" window paces the next try; by then the service is back.
-        WindowScript script;
-        script.when("frmGenericOKDialog", WindowScript::key(Qt::Key_Return))
-            .when("frmAnnouncements", [this](QWidget* w) {
+        DialogAnswerer script;
+        script.answer("frmGenericOKDialog", "Enter")
+            .answer("frmAnnouncements", [this](QWidget* w) {
                 seams().serviceBaseUrl = service->baseUrl();
-                WindowScript::press("imgOK")(w);
+                QTest::mouseClick(w->findChild<QWidget*>("imgOK"), Qt::LeftButton);
             });
         CAnnouncements().CheckForAnnouncements();
-        QVERIFY(script.done());
-        QVERIFY(script.unexpected.isEmpty());
-        QVERIFY(script.seen[0].contains("cannot be reached"));
-        QVERIFY(script.seen[1].endsWith(": err"));
+        QVERIFY2(script.finishedCleanly(), qPrintable(script.problems()));
+        QVERIFY(script.seen[0].text.contains("cannot be reached"));
+        QVERIFY(script.seen[1].text.split('\n').contains("err"));
     }
 
     void startupLogsInThroughThisLogin()
     {
         RegisterLogin();
-        WindowScript script;
-        script.when("frmLogin", SignIn(kDemo, kDemoPassword));
+        DialogAnswerer script;
+        script.answer("frmLogin", SignIn(kDemo, kDemoPassword));
         const LoginResult result = startupParts().login(QString());
         startupParts().login = nullptr;
-        QVERIFY(script.done());
+        QVERIFY(script.allAnswered());
         QVERIFY(result.LoggedIn && !result.DoSignup);
         QCOMPARE(gstrMobileNumber, kDemo);
     }

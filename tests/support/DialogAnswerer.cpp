@@ -5,6 +5,7 @@
 #include <QDialog>
 #include <QLabel>
 #include <QMessageBox>
+#include <QPlainTextEdit>
 #include <QTest>
 
 namespace {
@@ -17,6 +18,8 @@ QString textOf(QWidget* window)
         if (!label->text().isEmpty())
             parts << label->text();
     }
+    for (QPlainTextEdit* box : window->findChildren<QPlainTextEdit*>())
+        parts << box->toPlainText();
     return parts.join(QLatin1Char('\n'));
 }
 
@@ -31,33 +34,55 @@ DialogAnswerer::DialogAnswerer()
 
 DialogAnswerer& DialogAnswerer::answer(const QString& window, const QString& control)
 {
-    mQueue.append({window, control});
+    return answer(window, [this, control](QWidget* w) { press(w, control); });
+}
+
+DialogAnswerer& DialogAnswerer::answer(const QString& window, Step step)
+{
+    mQueue.append({window, std::move(step)});
     return *this;
+}
+
+QString DialogAnswerer::problems() const
+{
+    QStringList parts;
+    for (const Expected& e : mQueue)
+        parts << QStringLiteral("never came: ") + e.window;
+    for (const QString& u : unexpected)
+        parts << QStringLiteral("unexpected: ") + u;
+    return parts.join(QStringLiteral("; "));
 }
 
 void DialogAnswerer::poll()
 {
     QWidget* modal = QApplication::activeModalWidget();
-    QWidget* target = nullptr;
+    if (!modal || mAnswerQueued)
+        return;
     // Only a modal window waits for an answer; a notice of the same name is left alone.
-    if (!mQueue.isEmpty() && modal && modal->objectName() == mQueue.first().window)
-        target = modal;
-
-    if (target) {
+    if (!mQueue.isEmpty() && modal->objectName() == mQueue.first().window) {
         const Expected next = mQueue.takeFirst();
-        seen.append({next.window, textOf(target)});
-        press(target, next.control);
+        seen.append({next.window, textOf(modal)});
+        mAnswered << modal;
+        mAnswerQueued = true;
+        QMetaObject::invokeMethod(
+            this,
+            [this, window = QPointer<QWidget>(modal), step = next.step] {
+                mAnswerQueued = false;
+                if (window)
+                    step(window);
+            },
+            Qt::QueuedConnection);
         return;
     }
-    if (modal) {
-        unexpected << modal->objectName() + QStringLiteral(": ") + textOf(modal);
-        if (auto* box = qobject_cast<QMessageBox*>(modal))
-            box->done(QMessageBox::Ok);
-        else if (auto* dialog = qobject_cast<QDialog*>(modal))
-            dialog->reject();
-        else
-            modal->hide();
-    }
+    if (mAnswered.contains(QPointer<QWidget>(modal)))
+        return;
+    unexpected << modal->objectName() + QStringLiteral(": ") + textOf(modal);
+    if (auto* box = qobject_cast<QMessageBox*>(modal))
+        box->done(QMessageBox::Ok);
+    else if (auto* dialog = qobject_cast<QDialog*>(modal))
+        dialog->reject();
+    else
+        modal->hide();
 }
 
 void DialogAnswerer::press(QWidget* window, const QString& control)

@@ -11,6 +11,7 @@
 #include <QRegularExpression>
 #include <QSslCertificate>
 #include <QSslConfiguration>
+#include <QTcpServer>
 #include <QTextDocumentFragment>
 #include <QTimer>
 #include <QUrl>
@@ -65,9 +66,14 @@ bool ServiceFixture::start()
     if (at < 0)
         return false;
     mBaseUrl = line.mid(at);
+    aimSeams();
+    return true;
+}
+
+void ServiceFixture::aimSeams() const
+{
     seams().serviceBaseUrl = mBaseUrl;
     seams().serviceCertificateFile = certificateFile();
-    return true;
 }
 
 void ServiceFixture::stop()
@@ -155,4 +161,11 @@ QString ServiceFixture::addActiveCustomer(const QString& mobile, const QString& 
     const Reply activated =
         get(QStringLiteral("ActivateCustomer.asp?CustomerID=%1&ActivationCode=%2").arg(fields[1], fields[2]));
     return activated.body == "1" ? fields[1] : QString();
+}
+
+QString ServiceFixture::unreachableUrl()
+{
+    QTcpServer probe;
+    probe.listen(QHostAddress::LocalHost);
+    return QStringLiteral("https://127.0.0.1:%1/").arg(probe.serverPort());
 }

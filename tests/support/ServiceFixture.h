@@ -25,6 +25,8 @@ public:
     void stop();
 
     QString baseUrl() const { return mBaseUrl; }  // "https://127.0.0.1:PORT/"
+    // Points the program's seams at this service again (a new TestGround resets them).
+    void aimSeams() const;
     QString dataFolder() const { return mData.path(); }
     QString certificateFile() const { return mData.filePath(QStringLiteral("service.crt")); }
     qint64 pid() const { return mProcess.processId(); }
@@ -47,6 +49,8 @@ public:
     QString addActiveCustomer(const QString& mobile, const QString& password, const QString& firstName = "Kim");
 
     static QString servicePath();
+    // "https://127.0.0.1:PORT/" on a loopback port where nothing listens.
+    static QString unreachableUrl();
 
 private:
     bool start();
