@@ -4,7 +4,9 @@
 #include "core/frmIntro.h"
 #include "core/globals.h"
 #include "core/modCommon.h"
+#include "delivery/frmUploadingTone.h"
 #include "editing/frmMain.h"
+#include "service/frmLogin.h"
 #include "platform/AudioEditor2.h"
 #include "skin/CDialog.h"
 #include "skin/CPictureButton.h"
@@ -17,6 +19,7 @@
 #include <QBitmap>
 #include <QDir>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPainter>
 #include <QPlainTextEdit>
 #include <QTextStream>
@@ -141,7 +144,20 @@ int main(int argc, char** argv)
         main.mbRecordMode = true;
         main.ApplyWindowMode();
         save(&main, QStringLiteral("frmMain-record"));
+        main.mbRecordMode = false;
+        main.ApplyWindowMode();
+
+        frmUploadingTone& uploading = UploadingToneWindow(&main);
+        uploading.Show(false);
+        save(&uploading, QStringLiteral("frmUploadingTone"));
         DropMainForm();
+    }
+    {
+        frmLogin login;
+        login.Show(false);
+        login.findChild<QLineEdit*>(QStringLiteral("txtMobileNumber"))->setText(QStringLiteral("0412345678"));
+        login.findChild<QLineEdit*>(QStringLiteral("txtPassword"))->setText(QStringLiteral("tonedemo"));
+        save(&login, QStringLiteral("frmLogin"));
     }
     {
         CDialog notice;
