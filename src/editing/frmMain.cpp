@@ -144,8 +144,10 @@ void frmMain::buildControls()
         spot("lblSettings", tw(16, 214, 40, 10)),
         spot("lblAbout", tw(60, 214, 40, 10)),
         spot("lblLastURL", tw(104, 214, 40, 10)),
-        spot("lblStartRecording", tw(296, 132, 72, 14), LabelKind::Link, "Start recording"),
-        spot("lblStopRecording", tw(366, 132, 72, 14), LabelKind::Link, "Stop recording"),
+        {QStringLiteral("lblStartRecording"), tw(300, 132, 64, 14), LabelKind::Link, QStringLiteral("record"), 8,
+         false, Qt::AlignCenter},
+        {QStringLiteral("lblStopRecording"), tw(370, 132, 64, 14), LabelKind::Link, QStringLiteral("end take"), 8,
+         false, Qt::AlignCenter},
     };
     SkinWindowDesc record = mainFace(true);
     record.labels = face.labels;
@@ -319,7 +321,7 @@ void frmMain::ApplyWindowMode()
     for (const char* name : {"SongCaption", "ToneCaption", "SizeCaption", "AtCaption"})
         label(name)->setVisible(!rec);
     // The take's running time stands under the record buttons.
-    label("lblSongLength")->setGeometry(rec ? tw(300, 150, 134, 16) : tw(48, 158, 50, 16));
+    label("lblSongLength")->setGeometry(rec ? tw(300, 142, 134, 14) : tw(48, 158, 50, 16));
     label("lblSongLength")->setAlignment(rec ? Qt::AlignCenter : Qt::AlignLeft | Qt::AlignVCenter);
     ampbarLeft->setVisible(rec);
     ampbarRight->setVisible(rec);

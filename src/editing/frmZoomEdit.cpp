@@ -31,7 +31,6 @@ SkinWindowDesc zoomFace()
     SkinWindowDesc d;
     d.name = QStringLiteral("frmZoomEdit");
     d.size = QSize(TwipsToPixelsX(9600), TwipsToPixelsY(4800));
-    d.heading = QStringLiteral("Mark your tone");
     d.bodyRect = ArtworkRect(0, 0, 1, 1);  // the labels carry the wording
     d.buttons = {
         button("cmdOpen", "Open", ArtworkRect(16, 262, 50, 34)),
@@ -43,14 +42,14 @@ SkinWindowDesc zoomFace()
         button("cmdOK", "OK", ArtworkRect(526, 262, 80, 34), ButtonLook::Primary),
     };
     d.labels = {
-        text("SongCaption", ArtworkRect(16, 236, 30, 16), "Song"),
-        text("lblSongLength", ArtworkRect(48, 236, 60, 16)),
-        text("ToneCaption", ArtworkRect(112, 236, 30, 16), "Tone"),
-        text("lblToneLength", ArtworkRect(144, 236, 56, 16)),
-        text("SizeCaption", ArtworkRect(204, 236, 26, 16), "Size"),
-        text("lblToneSize", ArtworkRect(232, 236, 50, 16)),
-        text("AtCaption", ArtworkRect(286, 236, 18, 16), "At"),
-        text("lblCurrentPosition", ArtworkRect(306, 236, 60, 16)),
+        text("SongCaption", ArtworkRect(16, 236, 36, 16), "Song"),
+        text("lblSongLength", ArtworkRect(54, 236, 60, 16)),
+        text("ToneCaption", ArtworkRect(120, 236, 36, 16), "Tone"),
+        text("lblToneLength", ArtworkRect(158, 236, 56, 16)),
+        text("SizeCaption", ArtworkRect(220, 236, 30, 16), "Size"),
+        text("lblToneSize", ArtworkRect(252, 236, 50, 16)),
+        text("AtCaption", ArtworkRect(308, 236, 20, 16), "At"),
+        text("lblCurrentPosition", ArtworkRect(330, 236, 60, 16)),
         text("lblVolumeDown", ArtworkRect(470, 236, 12, 16), "\u2013", LabelKind::HotSpot),
         text("lblVolumeUp", ArtworkRect(592, 236, 14, 16), "+", LabelKind::HotSpot),
     };
