@@ -82,7 +82,8 @@ private slots:
         QVERIFY(answerer->allAnswered());
 
         // At silence the bars rest just above zero; the tone lifts them.
-        QTRY_VERIFY(elapsed >= 0.3);
+        auto* recorder = form->mobjRecord->findChild<NCTAudioRecord2*>();
+        QTRY_VERIFY2_WITH_TIMEOUT(elapsed >= 0.3, qPrintable(QString("status %1, devices %2").arg(recorder->Status()).arg(recorder->DeviceCount())), 10000);
         QCOMPARE(bar("ampbarLeft")->Value(), 2);
         int loudest = 0;
         connect(form->mobjRecord.get(), &CAudioRecorder::Timer, this,
