@@ -4,6 +4,7 @@
 // private sound server's null sink.
 #include "Bench.h"
 #include "core/modCommon.h"
+#include "core/MainWindow.h"
 #include "core/seams.h"
 #include "editing/CAudioRecorder.h"
 #include "editing/frmMain.h"
@@ -44,10 +45,10 @@ struct RecordGround {
         QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, dir.filePath(QStringLiteral("settings")));
         seams().programFolder = [program] { return program; };
         seams().tempFolder = [temp] { return temp; };
-        seams().mainWindow = [] {
+        SetMainWindow([] {
             MainForm().Load();
             return static_cast<QWidget*>(&MainForm());
-        };
+        });
         form = &MainForm();
         form->Load();
         form->show();

@@ -1,3 +1,4 @@
+#include "core/MainWindow.h"
 #include "core/seams.h"
 #include "editing/CAudioRecorder.h"
 #include "editing/frmMain.h"
@@ -28,10 +29,10 @@ class tst_Record : public SoundTestCase {
     {
         static const bool quiet = (QuietOffscreenPlugin(), true);
         Q_UNUSED(quiet);
-        seams().mainWindow = [] {
+        SetMainWindow([] {
             MainForm().Load();
             return static_cast<QWidget*>(&MainForm());
-        };
+        });
         form = &MainForm();
         form->Load();
         elapsed = 0;
