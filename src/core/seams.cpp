@@ -35,10 +35,13 @@ Seams DefaultSeams()
     s.killProcess = KillProcess;
     s.serviceBaseUrl = QStringLiteral("https://127.0.0.1:8443/");
     // The bundled service makes its own certificate on first start, in its
-    // data folder; the program trusts that one certificate besides the
-    // system's authorities.
+    // data folder: the user's own when both run for one user, else the system
+    // service's. The program trusts that one certificate besides the system's
+    // authorities.
     s.serviceCertificateFile = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
                                QStringLiteral("/quillotone-service/service.crt");
+    if (!QFileInfo::exists(s.serviceCertificateFile))
+        s.serviceCertificateFile = QStringLiteral("/var/lib/quillotone-service/service.crt");
     return s;
 }
 
