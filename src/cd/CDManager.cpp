@@ -2,6 +2,7 @@
 
 #include "core/CError.h"
 #include "core/MsgBox.h"
+#include "core/SettingSwitch.h"
 #include "core/globals.h"
 #include "core/modCommon.h"
 #include "platform/AudioConversion.h"
@@ -12,18 +13,6 @@ namespace {
 constexpr double kFadeSeconds = 1.0;
 constexpr double kNoFadeUpTo = 5.0;
 const QString kDefaultBoost = QStringLiteral("3");
-
-// A switch as the settings hold it: "True"/"False" in any case, or a number
-// (non-zero is true). Anything else, the empty value included, is false.
-bool settingAsBoolean(const QString& key)
-{
-    const QString text = GetAppSetting(key, kSettings).trimmed();
-    if (text.compare(QStringLiteral("true"), Qt::CaseInsensitive) == 0)
-        return true;
-    bool numeric = false;
-    const double value = text.toDouble(&numeric);
-    return numeric && value != 0;
-}
 
 void convertToAmr(const QString& source, const QString& target, int32_t format, bool fadeIn, bool fadeOut)
 {
@@ -81,8 +70,8 @@ void copySamples(const QString& sourcePath, const QString& targetPath, int32_t f
 
 void CDManager::ConvertAudio(QString& SourceFile, QString& TargetFilename, int32_t& PreferredFormat)
 {
-    const bool fadeIn = settingAsBoolean(QStringLiteral("FadeIn"));
-    const bool fadeOut = settingAsBoolean(QStringLiteral("FadeOut"));
+    const bool fadeIn = GetAppSwitch(QStringLiteral("FadeIn"));
+    const bool fadeOut = GetAppSwitch(QStringLiteral("FadeOut"));
     try {
         switch (PreferredFormat) {
         case 1:
