@@ -37,6 +37,7 @@ void UseServiceSettings()
 void InitApplication()
 {
     QApplication::setApplicationName(QString::fromLatin1(kAppName));
+    QApplication::setApplicationVersion(QString::fromLatin1(kAppVersion));
     UseServiceSettings();
     gstrMyMusicPath = ProgramFolderPath(QStringLiteral("MyMusic.xml"));
     // A cache folder that cannot be made is the one start-up failure left uncaught.

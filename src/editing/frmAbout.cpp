@@ -6,12 +6,6 @@
 
 #include <QPlainTextEdit>
 
-namespace {
-constexpr int kMajor = 1;
-constexpr int kMinor = 7;
-constexpr int kRevision = 0;
-}  // namespace
-
 frmAbout::frmAbout()
     : CSkinWindow(QStringLiteral("frmAbout"))
 {
@@ -33,6 +27,6 @@ void frmAbout::Form_Load()
     SetLayeredColourKey(this, kColourKeyBlue, 100, LWA_COLORKEY);
     CenterOnScreen(this);
     auto* txtAbout = findChild<QPlainTextEdit*>(QStringLiteral("txtAbout"));
-    txtAbout->setPlainText(QStringLiteral("Version: %1.%2.%3\n").arg(kMajor).arg(kMinor).arg(kRevision) +
+    txtAbout->setPlainText(QStringLiteral("Version: %1\n").arg(QLatin1String(kAppVersion)) +
                            gstrMachineKey + QStringLiteral("\n"));
 }
