@@ -70,7 +70,7 @@ bool ripSectors(const QString& source, int32_t first, int32_t last, const QStrin
     try {
         encoder.Create(path, {EncoderTarget::Mp3, 44100, 2, kRipBitRate}, 44100, 2);
         const double total = last - first + 1;
-        int shownTenths = -1;
+        int shownPercent = -1;  // one event a percent: each one pumps the window
         bool readable = true;
         for (int32_t sector = first; sector <= last && !cancel; ++sector) {
             const int16_t* frames = cdio_paranoia_read_limited(paranoia, paranoiaCallback, kParanoiaRetries);
@@ -81,9 +81,9 @@ bool ripSectors(const QString& source, int32_t first, int32_t last, const QStrin
             encoder.Write(frames, kFramesPerSector);
             // 100 is kept for the finished file.
             const double done = std::min(99.99, (sector - first + 1) * 100.0 / total);
-            const int tenths = static_cast<int>(done * 10);
-            if (tenths != shownTenths) {
-                shownTenths = tenths;
+            const int percent = static_cast<int>(done);
+            if (percent != shownPercent) {
+                shownPercent = percent;
                 progress(done);
             }
         }
@@ -183,6 +183,7 @@ void NCTAudioCDGrabber2::Open()
     Close();
     mSource = CDSourcePath();
     mCdio = openSource(mSource);
+    ReadContents();  // a drive reads the table of contents as it opens
 }
 
 void NCTAudioCDGrabber2::Close()
