@@ -5,7 +5,7 @@
 #include "core/CError.h"
 #include "core/MsgBox.h"
 #include "core/modCommon.h"
-#include "core/seams.h"
+#include "core/MainWindow.h"
 #include "core/twips.h"
 #include "skin/CClickLabel.h"
 #include "skin/CPictureButton.h"
@@ -48,7 +48,7 @@ SkinLabel link(const char* name, const char* caption, QRect rect)
 void ShowCCDBWait()
 {
     if (!waitWindow()) {
-        QWidget* main = seams().mainWindow ? seams().mainWindow() : nullptr;
+        QWidget* main = MainWindow();
         waitWindow() = MessageWindow(QStringLiteral("frmCCDBWait")).release();
         if (main)
             waitWindow()->setParent(main, waitWindow()->windowFlags());

@@ -85,6 +85,7 @@ private:
     void AudioEditor21_OnEditorSelectionChanged();
     void AudioEditor21_OnEditorPositionChanged();
     void cmdOpen_Released();
+    void cmdRip_Released();
     void cmdTrim_Released();
     void cmdReset_Released();
     void cmdPlay_Released();

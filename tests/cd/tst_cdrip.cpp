@@ -4,7 +4,7 @@
 #include "cd/modCDChecking.h"
 #include "core/globals.h"
 #include "core/modCommon.h"
-#include "core/seams.h"
+#include "core/MainWindow.h"
 #include "platform/CDSource.h"
 #include "platform/NCTAudioCDGrabber2.h"
 #include "skin/CClickLabel.h"
@@ -60,7 +60,7 @@ private slots:
         answerer = std::make_unique<DialogAnswerer>();
         disc = std::make_unique<DiscImage>(ground->root(), QList<double>{6.0, 3.0, 65.0});
         SetCDImage(disc->cue());
-        seams().mainWindow = [this] { return &mainWindow; };
+        SetMainWindow([this] { return &mainWindow; });
         serve(CddbServer::Knows);
     }
     void cleanup()
@@ -69,7 +69,7 @@ private slots:
         gobjCDManager = nullptr;
         freeDBServer() = FreeDBServer();
         SetCDImage({});
-        seams().mainWindow = nullptr;
+        SetMainWindow({});
         QVERIFY2(answerer->unexpected.isEmpty(), qPrintable(answerer->unexpected.join(", ")));
         answerer.reset();
         ground.reset();
