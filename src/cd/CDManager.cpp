@@ -123,7 +123,7 @@ CDManager::~CDManager() { CleanUp(); }
 
 void CDManager::makePlayer()
 {
-    mobjAudioPlayer = std::make_unique<NCTAudioPlayer2>();
+    mobjAudioPlayer = std::make_unique<NCTAudioPlayer2>(this);
     mobjAudioPlayer->SetFormat(44100, 2);
     connect(mobjAudioPlayer.get(), &NCTAudioPlayer2::RequestOnLoadArray, this, &CDManager::feed);
     connect(mobjAudioPlayer.get(), &NCTAudioPlayer2::EndArrayPlay, this, &CDManager::feed);

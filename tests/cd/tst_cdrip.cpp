@@ -7,6 +7,7 @@
 #include "core/MainWindow.h"
 #include "platform/CDSource.h"
 #include "platform/NCTAudioCDGrabber2.h"
+#include "platform/NCTAudioPlayer2.h"
 #include "skin/CClickLabel.h"
 #include "skin/CPictureButton.h"
 #include "support/CddbServer.h"
@@ -211,13 +212,16 @@ private slots:
     {
         manager().LoadTracks();
         QSignalSpy times(&manager(), &CDManager::CDTrackTimer);
+        QSignalSpy ended(manager().findChild<NCTAudioPlayer2*>(), &NCTAudioPlayer2::EndPlay);
         manager().PlaySelectedTrack(1);
         QVERIFY(manager().Playing());
         manager().PlaySelectedTrack(0);  // ignored while one plays
         QTRY_VERIFY_WITH_TIMEOUT(!times.isEmpty() && times.last().first().toString() == "00m 03s", 10000);
         // Run to its end, the track still counts as playing until stopped.
-        QTest::qWait(600);
+        QVERIFY(ended.wait(5000));
         QVERIFY(manager().Playing());
+        manager().PlaySelectedTrack(1);  // and does not start again
+        QVERIFY(ended.size() == 1 && manager().Playing());
         manager().StopPlaying();
         QVERIFY(!manager().Playing());
     }
