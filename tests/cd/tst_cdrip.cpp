@@ -76,6 +76,27 @@ private slots:
         ground.reset();
     }
 
+    // The session is rounded, not truncated, a tie to the even one.
+    void splitIdentifier_data()
+    {
+        QTest::addColumn<int>("id");
+        QTest::addColumn<int>("session");
+        QTest::addColumn<int>("track");
+        QTest::addRow("first") << 0 << 0 << 0;
+        QTest::addRow("50 stays in session 0") << 50 << 0 << 50;
+        QTest::addRow("51 tips into session 1") << 51 << 1 << -49;
+        QTest::addRow("second of the second session") << 101 << 1 << 1;
+        QTest::addRow("150 rounds up to 2") << 150 << 2 << -50;
+        QTest::addRow("250 rounds down to 2") << 250 << 2 << 50;
+    }
+    void splitIdentifier()
+    {
+        QFETCH(int, id);
+        const CDTrackPlace place = SplitSessionInd(int16_t(id));
+        QTEST(int(place.session), "session");
+        QTEST(int(place.track), "track");
+    }
+
     void tracksAndNames_data()
     {
         QTest::addColumn<int>("mode");  // -1: nothing listens
