@@ -8,6 +8,8 @@
 #include "core/numbers.h"
 #include "core/seams.h"
 #include "core/twips.h"
+#include "cd/frmRipCD.h"
+#include "cd/modCDChecking.h"
 #include "editing/CAudioPlayer.h"
 #include "editing/CAudioRecorder.h"
 #include "editing/ToneView.h"
@@ -249,8 +251,7 @@ void frmMain::Form_Load()
         connect(Button(QStringLiteral("cmdSend")), &CPictureButton::Released, this, &frmMain::cmdSend_Released);
         connect(Button(QStringLiteral("cmdMyMusic")), &CPictureButton::Released, this,
                 [this] { notThereYet(QStringLiteral("The My Music library")); });
-        connect(Button(QStringLiteral("cmdRip")), &CPictureButton::Released, this,
-                [this] { notThereYet(QStringLiteral("Ripping from a CD")); });
+        connect(Button(QStringLiteral("cmdRip")), &CPictureButton::Released, this, &frmMain::cmdRip_Released);
         connect(Button(QStringLiteral("cmdRecord")), &CPictureButton::Released, this, &frmMain::cmdRecord_Released);
         // Start and its label are the second press of Rec.
         connect(Button(QStringLiteral("imgStartRecording")), &CPictureButton::Released, this,
@@ -403,6 +404,54 @@ void frmMain::LoadSoundFile(const QString& path)
     SetFormEnabled(this, true);
     mbBusy = false;
     label("imgLoading")->hide();
+}
+
+void frmMain::cmdRip_Released()
+{
+    try {
+        SetFormEnabled(this, false);
+        if (!CDInDrive()) {
+            SetMousePointer(vbDefault);
+            std::unique_ptr<frmMessage> insert = MessageWindow(QStringLiteral("frmInsertCD"));
+            insert->Load();
+            PrepareDialog(insert.get());
+            insert->Show(true);
+            insert->Unload();
+        } else {
+            auto rip = std::make_unique<frmRipCD>();
+            rip->Load();
+            SetMousePointer(vbDefault);
+            rip->Show(true);
+            const QString path = rip->Tag;
+            if (!path.isEmpty()) {
+                SetFormEnabled(this, false);
+                SetFormEnabled(this, true);
+                SetMousePointer(vbDefault);
+                QLabel* status = label("lblSoundFile");
+                status->setEnabled(true);
+                mintLoadStage = 1;
+                label("imgLoading")->show();
+                SetStatusText(QStringLiteral("Loading. Please wait (0% complete)"));
+                QCoreApplication::processEvents();
+                LoadIntoEditor(path);
+                SetStatusText(rip->SelectedTrackText());
+                SetControlTag(status, path);
+                mstrCurrentFile = path;
+                label("imgLoading")->hide();
+                mbRecordMode = false;
+                ApplyWindowMode();
+            }
+        }
+        SetFormEnabled(this, true);
+        HideCCDBWait();
+        label("imgLoading")->hide();
+        SetMousePointer(vbDefault);
+    } catch (const CError& e) {
+        label("imgLoading")->hide();
+        show();
+        MsgBox(e.Description());
+        SetFormEnabled(this, true);
+    }
 }
 
 void frmMain::LoadIntoEditor(const QString& path)

@@ -92,6 +92,7 @@ private:
     void AudioEditor21_OnEditorProgress(int percent);
     void cmdOpen_Released();
     void cmdRecord_Released();
+    void cmdRip_Released();
     void cmdTrim_Released();
     void cmdReset_Released();
     void cmdPlay_Released();
