@@ -64,6 +64,7 @@ private:
     QLabel* label(const char* name) const;
     CClickLabel* hotSpot(const char* name) const;
     void notThereYet(const QString& what);
+    void forgetSound();
 
     void AudioEditor21_OnEditorProgress(int percent);
     void AudioEditor21_OnEditorSelectionChanged();
