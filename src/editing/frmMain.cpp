@@ -42,7 +42,7 @@ const QString kPreparingWords = QStringLiteral("Preparing ringtone (");
 const QString kFormatNotSupported = QStringLiteral("Format is not supported.");
 
 // "Music files (*.mp3, *.wav, *.wma)" -> *.mp3 *.wav *.wma; "*.*" is every file.
-QStringList FilterPatterns(const QString& filter)
+QStringList filterPatterns(const QString& filter)
 {
     const qsizetype open = filter.lastIndexOf(QLatin1Char('('));
     const qsizetype close = filter.lastIndexOf(QLatin1Char(')'));
@@ -303,7 +303,11 @@ void frmMain::Form_Load()
         connect(hotSpot("lblFreeQuills"), &CClickLabel::Click, this,
                 [this] { notThereYet(QStringLiteral("Referring friends for free quills")); });
         connect(hotSpot("lblClose"), &CClickLabel::Click, this, &frmMain::CloseWanted);
-        connect(hotSpot("cmdSignOut"), &CClickLabel::Click, this, &frmMain::SignOutWanted);
+        // A button acts on release, wherever the mouse went after the press.
+        connect(hotSpot("cmdSignOut"), &CClickLabel::MouseUp, this, [this](Qt::MouseButton button) {
+            if (button == Qt::LeftButton)
+                emit SignOutWanted();
+        });
         connect(hotSpot("lblMinimize"), &CClickLabel::Click, this, &frmMain::MinimiseWanted);
         connect(hotSpot("lblLastURL"), &CClickLabel::DblClick, this, &frmMain::lblLastURL_DblClick);
         connect(hotSpot("lblVolumeUp"), &CClickLabel::MouseDown, this, [this] { mintVolumeDirection = 1; });
@@ -556,7 +560,7 @@ void frmMain::cmdOpen_Released()
     // over a name without a dot: its file list takes the patterns from us.
     // That list matches names in any case.
     if (auto* files = dialog.findChild<QFileSystemModel*>()) {
-        const auto follow = [files](const QString& filter) { files->setNameFilters(FilterPatterns(filter)); };
+        const auto follow = [files](const QString& filter) { files->setNameFilters(filterPatterns(filter)); };
         connect(&dialog, &QFileDialog::filterSelected, files, follow);
         follow(dialog.selectedNameFilter());
     }

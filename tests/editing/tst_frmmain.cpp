@@ -489,6 +489,16 @@ private slots:
         QCOMPARE(ground->openedUrls.size(), opened ? 1 : 0);
     }
 
+    void signOutActsOnReleaseWhereverTheMouseWent()
+    {
+        QSignalSpy wanted(form, &frmMain::SignOutWanted);
+        QWidget* signOut = form->findChild<QWidget*>("cmdSignOut");
+        QTest::mousePress(signOut, Qt::LeftButton);
+        QCOMPARE(wanted.size(), 0);
+        QTest::mouseRelease(signOut, Qt::LeftButton, {}, QPoint(-40, 60));
+        QCOMPARE(wanted.size(), 1);
+    }
+
     void noDragWhileBusy()
     {
         form->show();
