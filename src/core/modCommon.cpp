@@ -53,7 +53,8 @@ void reportUnwritableStore(const QSettings& s)
 const QStringList kWrittenByHand = {QStringLiteral("UseTunnel"),  QStringLiteral("QuillAssistURL"),
                                     QStringLiteral("Logging"),    QStringLiteral("Origin"),
                                     QStringLiteral("PartnerID"),  QStringLiteral("VolumeBoost"),
-                                    QStringLiteral("QueuePath")};
+                                    QStringLiteral("QueuePath"),  QStringLiteral("ServiceURL"),
+                                    QStringLiteral("ServiceCertificate")};
 
 // The text after "key=" on the key's last line in the section, blanks around it dropped.
 QString handWrittenValue(const QString& key, const QString& section)
