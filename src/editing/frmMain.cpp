@@ -17,6 +17,7 @@
 #include "editing/frmConfiguration.h"
 #include "editing/frmZoomEdit.h"
 #include "editing/ToneMeasures.h"
+#include "platform/AudioDecoder.h"
 #include "platform/AudioEditor2.h"
 #include "platform/NCTAmpBar2.h"
 #include "platform/NCTSliderB2.h"
@@ -33,7 +34,11 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QFileSystemModel>
 #include <QMessageBox>
+#include <QPainter>
+#include <QPainterPath>
+#include <QRegularExpression>
 #include <QStandardPaths>
 #include <QTimer>
 
@@ -42,6 +47,20 @@ const QString kSelectPrompt = QStringLiteral("Select a sound file or rip a CD...
 const QString kLoadingWords = QStringLiteral("Loading. Please wait (");
 const QString kPreparingWords = QStringLiteral("Preparing ringtone (");
 const QString kFormatNotSupported = QStringLiteral("Format is not supported.");
+
+// "Music files (*.mp3, *.wav, *.wma)" -> *.mp3 *.wav *.wma; "*.*" is every file.
+QStringList filterPatterns(const QString& filter)
+{
+    const qsizetype open = filter.lastIndexOf(QLatin1Char('('));
+    const qsizetype close = filter.lastIndexOf(QLatin1Char(')'));
+    QStringList patterns = filter.mid(open + 1, close - open - 1)
+                               .split(QRegularExpression(QStringLiteral("[,; ]+")), Qt::SkipEmptyParts);
+    for (QString& p : patterns) {
+        if (p == QLatin1String("*.*"))
+            p = QStringLiteral("*");
+    }
+    return patterns;
+}
 
 // The artwork is laid out in twips: 15 to the pixel at 96 DPI.
 QRect tw(int x, int y, int w, int h)
@@ -70,6 +89,35 @@ SkinLabel spot(const char* name, QRect rect, LabelKind kind = LabelKind::HotSpot
 {
     return {QString::fromLatin1(name), rect, kind, QString::fromUtf8(caption), 9, true,
             Qt::AlignLeft | Qt::AlignVCenter};
+}
+
+// A thin rule at the left, then a loudspeaker with one sound wave, in the wording's colour.
+QPixmap volumeMark(QSize size)
+{
+    QPixmap mark(size);
+    mark.fill(Qt::transparent);
+    QPainter p(&mark);
+    p.setRenderHint(QPainter::Antialiasing);
+    const QColor ink = skin::TextColour();
+    p.setPen(QPen(QColor(ink.red(), ink.green(), ink.blue(), 80), 1));
+    p.drawLine(QPointF(0.5, 2), QPointF(0.5, size.height() - 2));
+    const double mid = size.height() / 2.0, x = size.width() - 16.5;
+    QPainterPath speaker;
+    speaker.moveTo(x, mid - 2.5);
+    speaker.lineTo(x + 3, mid - 2.5);
+    speaker.lineTo(x + 7, mid - 6);
+    speaker.lineTo(x + 7, mid + 6);
+    speaker.lineTo(x + 3, mid + 2.5);
+    speaker.lineTo(x, mid + 2.5);
+    speaker.closeSubpath();
+    p.setPen(Qt::NoPen);
+    p.setBrush(ink);
+    p.drawPath(speaker);
+    p.setPen(QPen(ink, 1.3));
+    p.setBrush(Qt::NoBrush);
+    p.drawArc(QRectF(x + 5, mid - 4, 6, 8), -50 * 16, 100 * 16);
+    p.drawArc(QRectF(x + 6, mid - 7, 10, 14), -50 * 16, 100 * 16);
+    return mark;
 }
 
 // Both faces share the frame; record mode swaps the editor for the level bars.
@@ -130,16 +178,18 @@ void frmMain::buildControls()
         spot("lblFreeQuills", tw(310, 80, 96, 16), LabelKind::Link, "Free quills:"),
         text("lblFreeQuillCount", tw(406, 80, 30, 16), 9.5, true),
         caption("Song", tw(16, 158, 30, 16)),
-        text("lblSongLength", tw(48, 158, 50, 16), 9),
-        caption("Tone", tw(100, 158, 30, 16)),
-        text("lblToneLength", tw(132, 158, 44, 16), 9),
-        caption("Size", tw(178, 158, 26, 16)),
-        text("lblToneSize", tw(206, 158, 42, 16), 9),
-        caption("At", tw(250, 158, 18, 16)),
-        text("lblCurrentPosition", tw(270, 158, 52, 16), 9),
-        spot("imgZoom", tw(324, 158, 36, 16), LabelKind::Link, "Zoom"),
-        spot("lblVolumeDown", tw(364, 158, 10, 16), LabelKind::HotSpot, "\u2013"),
-        spot("lblVolumeUp", tw(426, 158, 12, 16), LabelKind::HotSpot, "+"),
+        text("lblSongLength", tw(49, 158, 52, 16), 9),
+        caption("Tone", tw(104, 158, 30, 16)),
+        text("lblToneLength", tw(137, 158, 44, 16), 9),
+        caption("Size", tw(184, 158, 26, 16)),
+        text("lblToneSize", tw(212, 158, 38, 16), 9),
+        caption("At", tw(254, 158, 15, 16)),
+        text("lblCurrentPosition", tw(271, 158, 49, 16), 9),
+        spot("imgZoom", tw(322, 158, 35, 16), LabelKind::Link, "Zoom"),
+        // The volume stands apart from the zoom link, behind a rule and its speaker mark.
+        text("lblVolumeMark", tw(358, 158, 20, 16)),
+        spot("lblVolumeDown", tw(379, 158, 8, 16), LabelKind::HotSpot, "\u2013"),
+        spot("lblVolumeUp", tw(428, 158, 11, 16), LabelKind::HotSpot, "+"),
         spot("cmdSignOut", tw(300, 34, 66, 18), LabelKind::Link, "Sign out"),
         spot("lblSettings", tw(16, 214, 40, 10)),
         spot("lblAbout", tw(60, 214, 40, 10)),
@@ -174,7 +224,8 @@ void frmMain::buildControls()
 
     NCTSliderB21 = new NCTSliderB2(this);
     NCTSliderB21->setObjectName(QStringLiteral("NCTSliderB21"));
-    NCTSliderB21->setGeometry(tw(376, 158, 46, 16));
+    NCTSliderB21->setGeometry(tw(387, 158, 40, 16));  // its least width
+    label("lblVolumeMark")->setPixmap(volumeMark(label("lblVolumeMark")->size()));
 
     ampbarLeft = new NCTAmpBar2(this);
     ampbarLeft->setObjectName(QStringLiteral("ampbarLeft"));
@@ -216,7 +267,8 @@ void frmMain::Form_Load()
         label("lblUsingTunnel")->setVisible(gbUseTunnel);
         // The status is one line up to the free quills, or up to the tunnel
         // label when that shows: wrapped, its second line would be cut off.
-        label("lblSoundFile")->setWordWrap(false);
+        for (const char* name : {"lblSoundFile", "lblSongLength", "lblToneLength", "lblToneSize", "lblCurrentPosition"})
+            label(name)->setWordWrap(false);
         label("lblSoundFile")->setGeometry(tw(16, 80, gbUseTunnel ? 210 : 290, 16));
 
         label("imgLoading")->hide();
@@ -266,7 +318,11 @@ void frmMain::Form_Load()
         connect(hotSpot("lblFreeQuills"), &CClickLabel::Click, this,
                 [this] { notThereYet(QStringLiteral("Referring friends for free quills")); });
         connect(hotSpot("lblClose"), &CClickLabel::Click, this, &frmMain::CloseWanted);
-        connect(hotSpot("cmdSignOut"), &CClickLabel::Click, this, &frmMain::SignOutWanted);
+        // A button acts on release, wherever the mouse went after the press.
+        connect(hotSpot("cmdSignOut"), &CClickLabel::MouseUp, this, [this](Qt::MouseButton button) {
+            if (button == Qt::LeftButton)
+                emit SignOutWanted();
+        });
         connect(hotSpot("lblMinimize"), &CClickLabel::Click, this, &frmMain::MinimiseWanted);
         connect(hotSpot("lblLastURL"), &CClickLabel::DblClick, this, &frmMain::lblLastURL_DblClick);
         connect(hotSpot("lblVolumeUp"), &CClickLabel::MouseDown, this, [this] { mintVolumeDirection = 1; });
@@ -318,7 +374,8 @@ void frmMain::SendTone()
 void frmMain::SetStatusText(const QString& text)
 {
     QLabel* status = label("lblSoundFile");
-    status->setText(text);
+    // A name too long for the line loses its middle, not its extension.
+    status->setText(status->fontMetrics().elidedText(text, Qt::ElideMiddle, status->width()));
     // The tool tip drops a three-letter extension: "song.mp3" reads "song".
     QString tip = text;
     if (tip.size() >= 4 && tip[tip.size() - 4] == QLatin1Char('.'))
@@ -340,7 +397,7 @@ void frmMain::ApplyWindowMode()
     for (const char* name : {"SongCaption", "ToneCaption", "SizeCaption", "AtCaption"})
         label(name)->setVisible(!rec);
     // The take's running time stands under the record buttons.
-    label("lblSongLength")->setGeometry(rec ? tw(300, 142, 134, 14) : tw(48, 158, 50, 16));
+    label("lblSongLength")->setGeometry(rec ? tw(300, 142, 134, 14) : tw(49, 158, 52, 16));
     label("lblSongLength")->setAlignment(rec ? Qt::AlignCenter : Qt::AlignLeft | Qt::AlignVCenter);
     ampbarLeft->setVisible(rec);
     ampbarRight->setVisible(rec);
@@ -392,13 +449,13 @@ void frmMain::LoadSoundFile(const QString& path)
             msngFileLength = static_cast<float>(file.size());
             msngTrimOffset = 0;
         } else {
-            SetStatusText(kSelectPrompt);
+            forgetSound();
         }
     } catch (const CError& e) {
         if (e.Description() == kFormatNotSupported) {
             SetFormEnabled(this, true);
             CDialog().Display(QStringLiteral("You selected a non-music file. Please try again."), true, this);
-            SetStatusText(kSelectPrompt);
+            forgetSound();
         }
     }
     SetFormEnabled(this, true);
@@ -454,6 +511,20 @@ void frmMain::cmdRip_Released()
     }
 }
 
+void frmMain::forgetSound()
+{
+    // The user is told that no file is chosen: nothing of the last one may
+    // stay to be played or sent. The path itself stays, as it always has.
+    AudioEditor21->Clear();
+    mbTrimmed = false;
+    msngTrimOffset = 0;
+    SetStatusText(kSelectPrompt);
+    label("lblSongLength")->setText(kSongLengthEmpty);
+    label("lblToneLength")->setText(kToneLengthCleared);
+    label("lblToneSize")->setText(kToneSizeCleared);
+    label("lblCurrentPosition")->setText(kPositionEmpty);
+}
+
 void frmMain::LoadIntoEditor(const QString& path)
 {
     if (path.isEmpty())
@@ -475,18 +546,29 @@ void frmMain::LoadIntoEditor(const QString& path)
         toneLength->setText(length);
         SetControlTag(toneLength, length);
 
+        // Nothing of the last sound's trim and selection is left standing.
+        msngTrimOffset = 0;
+        mbTrimmed = false;
+        label("lblToneSize")->setText(kToneSizeCleared);
+        label("lblCurrentPosition")->setText(kPositionEmpty);
         AudioEditor21->SetShowSelection(false);
         AudioEditor21->SetPlayPosition(0);
         msngFileLength = static_cast<float>(QFileInfo(path).size());
-        mbTrimmed = false;
         SetFormEnabled(this, wasEnabled);
         mbBusy = false;
-    } catch (const CError&) {
+    } catch (const CError& e) {
         SetMousePointer(vbDefault);
-        auto dlg = MessageWindow(QStringLiteral("frmInvalidFileFormat"));
-        dlg->Load();
-        dlg->Show(true);
-        dlg->Unload();
+        if (e.Description() == kFileEmptyOrDamaged) {
+            // Telling of other formats would mislead: this one may be an MP3 of no use.
+            CDialog().Display(QStringLiteral("This file is empty or damaged: there is no sound in it to open. "
+                                             "Please choose another file."),
+                              true, this);
+        } else {
+            auto dlg = MessageWindow(QStringLiteral("frmInvalidFileFormat"));
+            dlg->Load();
+            dlg->Show(true);
+            dlg->Unload();
+        }
         SetControlTag(toneLength, QStringLiteral("err"));
         mbBusy = false;
         SetFormEnabled(this, wasEnabled);
@@ -527,11 +609,19 @@ void frmMain::cmdOpen_Released()
     QString folder = QStandardPaths::writableLocation(QStandardPaths::MusicLocation);
     if (!QFileInfo(folder).isDir())
         folder = QDir::homePath();
-    QFileDialog dialog(this, QStringLiteral("Open"), folder,
-                       QStringLiteral("Music files (*.mp3 *.wav *.wma *.MP3 *.WAV *.WMA);;All files (*)"));
+    QFileDialog dialog(this, QStringLiteral("Open"), folder);
     dialog.setObjectName(QStringLiteral("CommonDialog1"));
     dialog.setOption(QFileDialog::DontUseNativeDialog);
     dialog.setFileMode(QFileDialog::ExistingFile);
+    dialog.setNameFilters({QStringLiteral("Music files (*.mp3, *.wav, *.wma)"), QStringLiteral("All files (*.*)")});
+    // The dialog reads patterns parted by blanks only, and "*.*" would pass
+    // over a name without a dot: its file list takes the patterns from us.
+    // That list matches names in any case.
+    if (auto* files = dialog.findChild<QFileSystemModel*>()) {
+        const auto follow = [files](const QString& filter) { files->setNameFilters(filterPatterns(filter)); };
+        connect(&dialog, &QFileDialog::filterSelected, files, follow);
+        follow(dialog.selectedNameFilter());
+    }
     if (dialog.exec() == QDialog::Accepted && !dialog.selectedFiles().isEmpty())
         LoadSoundFile(dialog.selectedFiles().first());
     mbBusy = false;

@@ -87,6 +87,7 @@ private:
     QLabel* label(const char* name) const;
     CClickLabel* hotSpot(const char* name) const;
     void notThereYet(const QString& what);
+    void forgetSound();
 
     ToneView view();
     void AudioEditor21_OnEditorProgress(int percent);

@@ -24,7 +24,10 @@
 #include <QClipboard>
 #include <QComboBox>
 #include <QFile>
+#include <QComboBox>
 #include <QFileDialog>
+#include <QFileSystemModel>
+#include <QListView>
 #include <QLineEdit>
 #include <QSignalSpy>
 #include <QTest>
@@ -47,6 +50,13 @@ class tst_frmMain : public QObject {
         editor()->SetSelectionStart(int32_t(from * 44100));
         editor()->SetSelectionEnd(int32_t(to * 44100));
         QCoreApplication::processEvents();  // the editor tells of marks set in code through the event loop
+    }
+    void measuresFit()
+    {
+        for (const char* measure : {"lblSongLength", "lblToneLength", "lblToneSize", "lblCurrentPosition"}) {
+            const QLabel* l = form->findChild<QLabel*>(measure);
+            QVERIFY2(!l->wordWrap() && l->fontMetrics().horizontalAdvance(l->text()) <= l->width(), measure);
+        }
     }
     QString writeFile(const QString& name, const QByteArray& bytes)
     {
@@ -91,6 +101,7 @@ private slots:
         QCOMPARE(text("lblSongLength"), QString("00m 00s"));
         QCOMPARE(text("lblToneLength"), QString("0s"));
         QCOMPARE(text("lblToneSize"), QString("0 Kb"));
+        measuresFit();
         QCOMPARE(form->NCTSliderB21->Value(), 32000);
         QVERIFY(form->mstrCurrentFile.isEmpty());
         QVERIFY(!form->findChild<QWidget*>("imgLoading")->isVisible());
@@ -143,6 +154,48 @@ private slots:
         QCOMPARE(text("lblToneSize"), QString("0Kb"));
         QCOMPARE(text("lblCurrentPosition"), QString("00m 00s"));
         QCOMPARE(text("lblSongLength"), QString("0m 10s"));
+    }
+
+    void anotherFileAfterATrimStartsAfresh()
+    {
+        form->LoadSoundFile(song);
+        select(3.0, 5.0);
+        release("cmdTrim");
+        const QString other = MakeTone(ground->root() + "/Other.wav", 4.0);
+        form->LoadSoundFile(other);
+        QCoreApplication::processEvents();
+        QCOMPARE(text("lblCurrentPosition"), QString("00m 00s"));
+        QCOMPARE(text("lblToneSize"), QString("0 Kb"));
+        QCOMPARE(text("lblToneLength"), QString("0m 4s"));
+        editor()->SetPlayPosition(int32_t(2.0 * 44100));
+        QCOMPARE(text("lblCurrentPosition"), QString("00m 02s"));
+    }
+
+    void longNameAndMeasuresStayOnTheirLine()
+    {
+        const QString name = QString("A Very Long Live Recording Of The Whole Concert At The Town Hall").repeated(2);
+        form->LoadSoundFile(MakeTone(ground->root() + "/" + name + ".mp3", 30.0));
+        const QLabel* status = form->findChild<QLabel*>("lblSoundFile");
+        QVERIFY(status->text().contains(QChar(0x2026)) && status->text().endsWith(".mp3"));
+        QVERIFY(status->geometry().right() < form->findChild<QWidget*>("lblFreeQuills")->geometry().left());
+        QCOMPARE(status->toolTip(), name);
+        select(1.0, 29.0);
+        release("cmdTrim");
+        editor()->SetPlayPosition(int32_t(28.0 * 44100));
+        measuresFit();
+    }
+
+    void volumeReadsApartFromZoom()
+    {
+        const auto at = [this](const char* name) { return form->findChild<QWidget*>(name)->geometry(); };
+        const QLabel* mark = form->findChild<QLabel*>("lblVolumeMark");
+        QVERIFY(mark && !mark->pixmap().isNull());
+        // Zoom, then the mark, then "-", the slider and "+", none touching the one before.
+        const QList<QRect> row = {at("imgZoom"), mark->geometry(), at("lblVolumeDown"), at("NCTSliderB21"),
+                                  at("lblVolumeUp")};
+        for (int i = 1; i < row.size(); ++i)
+            QVERIFY2(row[i - 1].right() < row[i].left(), qPrintable(QString::number(i)));
+        QVERIFY(at("lblVolumeDown").left() - at("imgZoom").right() >= 20);
     }
 
     void trimRefusesEqualMarks_data()
@@ -217,6 +270,42 @@ private slots:
         QVERIFY(form->mstrCurrentFile.isEmpty());
     }
 
+    void openFiltersMusicInAnyCase()
+    {
+        const QString folder = ground->root() + "/mixed";
+        for (const char* name : {"a.mp3", "B.WAV", "c.Wma", "notes.txt", "README"})
+            QVERIFY(WriteFile(folder + "/" + name, "x"));
+        QStringList filters, music, all;
+        const auto shown = [](QFileDialog* dialog) {
+            auto* view = dialog->findChild<QListView*>("listView");
+            QStringList names;
+            for (int row = 0; row < view->model()->rowCount(view->rootIndex()); ++row)
+                names << view->model()->index(row, 0, view->rootIndex()).data().toString();
+            names.sort(Qt::CaseInsensitive);
+            return names;
+        };
+        QTimer::singleShot(0, this, [&] {
+            auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+            if (!dialog)
+                return;
+            filters = dialog->nameFilters();
+            QSignalSpy loaded(dialog->findChild<QFileSystemModel*>(), &QFileSystemModel::directoryLoaded);
+            dialog->setDirectory(folder);
+            QVERIFY(loaded.wait(5000));
+            music = shown(dialog);
+            // The list shows a new filter once it has sorted itself again.
+            QSignalSpy sorted(dialog->findChild<QFileSystemModel*>(), &QFileSystemModel::layoutChanged);
+            QTest::keyClick(dialog->findChild<QComboBox*>("fileTypeCombo"), Qt::Key_Down);
+            QVERIFY(sorted.wait(5000));
+            all = shown(dialog);
+            dialog->reject();
+        });
+        release("cmdOpen");
+        QCOMPARE(filters, QStringList({"Music files (*.mp3, *.wav, *.wma)", "All files (*.*)"}));
+        QCOMPARE(music, QStringList({"a.mp3", "B.WAV", "c.Wma"}));
+        QCOMPARE(all, QStringList({"a.mp3", "B.WAV", "c.Wma", "notes.txt", "README"}));
+    }
+
     void resetWithNothingLoadedDoesNothing()
     {
         QLabel* length = form->findChild<QLabel*>("lblToneLength");
@@ -228,28 +317,38 @@ private slots:
     {
         QTest::addColumn<QString>("name");
         QTest::addColumn<QByteArray>("bytes");
-        QTest::addRow("not a sound") << "letter.mp3" << QByteArray("Dear John, this is no song at all.\n").repeated(50);
-        QTest::addRow("zero length") << "empty.wav" << QByteArray();
-        QTest::addRow("vanished") << "gone.mp3" << QByteArray("-");
+        QTest::addColumn<QString>("message");
+        QTest::addRow("not a sound") << "letter.mp3" << QByteArray("Dear John, this is no song at all.\n").repeated(50)
+                                     << "frmInvalidFileFormat";
+        QTest::addRow("zero length") << "empty.wav" << QByteArray() << "frmGenericOKDialog";
+        QTest::addRow("vanished") << "gone.mp3" << QByteArray("-") << "frmInvalidFileFormat";
     }
     void badFiles()
     {
         QFETCH(QString, name);
         QFETCH(QByteArray, bytes);
+        QFETCH(QString, message);
         form->LoadSoundFile(song);
+        select(1.0, 2.0);
+        release("cmdTrim");
         QString path = writeFile(name, bytes);
         if (name == "gone.mp3")
             QFile::remove(path);
         DialogAnswerer answers;
-        answers.answer("frmInvalidFileFormat", "imgOK").answer("frmInvalidFileFormat", "imgOK");
+        answers.answer(message, "Enter").answer(message, "Enter");
         form->LoadSoundFile(path);
         QCOMPARE(text("lblSoundFile"), QString("Select a sound file or rip a CD..."));
         QCOMPARE(tag("lblToneLength"), QString("err"));
         QCOMPARE(form->mstrCurrentFile, song);  // the old file stays behind the words
+        QCOMPARE(editor()->TotalSamples(), 0);   // but none of its sound, to play or send
+        QVERIFY(!form->mbTrimmed);
+        QCOMPARE(text("lblSongLength"), QString("00m 00s"));
         QVERIFY(form->Button("cmdOpen")->isEnabled() && !form->mbBusy);
         form->LoadSoundFile(path);  // "err" is still there for the next failure
         QCOMPARE(tag("lblToneLength"), QString("err"));
         QVERIFY2(answers.finishedCleanly(), qPrintable(answers.problems()));
+        // An empty file is said to be one, not to be of some other format.
+        QCOMPARE(answers.seen.first().text.contains("empty or damaged"), name == "empty.wav");
         form->LoadSoundFile(song);
         QCOMPARE(tag("lblToneLength"), QString("0m 10s"));
         QCOMPARE(text("lblSoundFile"), QString("Some Song.mp3"));
@@ -527,6 +626,16 @@ private slots:
         QCOMPARE(answers.seen.first().text, QString("Execute 1,OK,https://127.0.0.1:8443/t/7.amr?"));
         QCOMPARE(QApplication::clipboard()->text(), ControlTag(last));
         QCOMPARE(ground->openedUrls.size(), opened ? 1 : 0);
+    }
+
+    void signOutActsOnReleaseWhereverTheMouseWent()
+    {
+        QSignalSpy wanted(form, &frmMain::SignOutWanted);
+        QWidget* signOut = form->findChild<QWidget*>("cmdSignOut");
+        QTest::mousePress(signOut, Qt::LeftButton);
+        QCOMPARE(wanted.size(), 0);
+        QTest::mouseRelease(signOut, Qt::LeftButton, {}, QPoint(-40, 60));
+        QCOMPARE(wanted.size(), 1);
     }
 
     void noDragWhileBusy()
