@@ -4,14 +4,10 @@
 
 #include <httplib.h>
 
-namespace {
-constexpr size_t kMaxUploadBody = 4 * 1024 * 1024;
-}
-
 Pages::Pages(Store& store, std::string dataFolder)
     : mAccounts(store),
       mProgram(store, mAccounts, mBase),
-      mPeople(store, mAccounts),
+      mPeople(store, mAccounts, mBase),
       mTones(store, mAccounts, dataFolder + "/tones", mBase)
 {
 }
@@ -21,7 +17,8 @@ void Pages::Register(httplib::Server& server)
     mProgram.Register(server);
     mPeople.Register(server);
     mTones.Register(server);
-    server.set_payload_max_length(kMaxUploadBody);
+    // No body is larger than the upload's; the upload keeps its own rule.
+    server.set_payload_max_length(ToneTransfer::kMaxBody);
     server.set_error_handler([](const httplib::Request&, httplib::Response& res) {
         if (res.body.empty())
             page::Reply(res, res.status == 404 ? "No such page" : "The request could not be served");

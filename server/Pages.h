@@ -20,6 +20,8 @@ public:
     // The https address the service is reached at, ending in "/": tone links
     // and invitations point there.
     void SetPublicBase(const std::string& base) { mBase = base; }
+    // The operator's key; with none the all-numbers view is off.
+    void SetOperatorKey(const std::string& key) { mPeople.SetOperatorKey(key); }
     void Register(httplib::Server& server);
 
     void EnsureDemoAccount(const std::string& mobile, const std::string& plainPassword)

@@ -2,7 +2,6 @@
 
 #include "Accounts.h"
 #include "CodePicture.h"
-#include "PasswordHash.h"
 #include "Store.h"
 #include "Text.h"
 
@@ -29,6 +28,11 @@ std::string International(const std::string& dialCode, const std::string& mobile
 ProgramPages::ProgramPages(Store& store, Accounts& accounts, const std::string& base)
     : mStore(store), mAccounts(accounts), mBase(base)
 {
+}
+
+std::optional<Customer> ProgramPages::Caller(const Request& req)
+{
+    return mAccounts.Authenticate(Get(req.params, "MobileNumber"), Get(req.params, "Password"), req.remote_addr);
 }
 
 void ProgramPages::Register(httplib::Server& server)
@@ -92,7 +96,7 @@ void ProgramPages::ProviderList(const Request& req, Response& res)
 
 void ProgramPages::Login(const Request& req, Response& res)
 {
-    const auto customer = mAccounts.Authenticate(Get(req.params, "MobileNumber"), Get(req.params, "Password"));
+    const auto customer = Caller(req);
     if (!customer) {
         Reply(res, "0");
         return;
@@ -147,19 +151,16 @@ void ProgramPages::AddCustomer(const Request& req, Response& res)
         Reply(res, "0," + text::Field(refusal));
         return;
     }
-    c.passwordHash = password::MakeHash(plainPassword);
-    c.activationCode = Accounts::RandomCode();
     c.freeQuills = kFreeQuillsAtSignUp;
     c.preferredFormat = model->format;
     c.chargeText = country->chargeText;
-    const auto id = mStore.AddCustomer(c);
-    if (!id) {
-        Reply(res, "0,The mobile number is already in use");
+    const auto signUp = mAccounts.AddCustomer(c, plainPassword, req.remote_addr);
+    if (!signUp.id) {
+        Reply(res, "0," + text::Field(signUp.refusal));
         return;
     }
-    mAccounts.ForgetLogin(c.mobile);
-    mStore.AddOutbox(c.mobile, "Quillo Tone: your confirmation code is " + c.activationCode + ".");
-    Reply(res, "1," + std::to_string(*id) + "," + c.activationCode);
+    // The program compares the code the person types with this copy.
+    Reply(res, "1," + std::to_string(*signUp.id) + "," + signUp.code);
 }
 
 void ProgramPages::ActivateCustomer(const Request& req, Response& res)
@@ -171,14 +172,17 @@ void ProgramPages::ActivateCustomer(const Request& req, Response& res)
         "Welcome to Quillo Tone" + (customer ? ", " + customer->firstName : std::string()) + "!\r\n" + "Your first " +
         std::to_string(kFreeQuillsAtSignUp) + " tones are on us: each one uses a free quill.\r\n" +
         "Refer your friends to earn more.";
-    Reply(res, customer && mStore.Activate(id, code, welcome) ? "1" : "0");
+    Reply(res, mAccounts.Activate(id, code, welcome, req.remote_addr) ? "1" : "0");
 }
 
 void ProgramPages::ReferFriends(const Request& req, Response& res)
 {
-    const auto referrer = mStore.CustomerById(Number(req.params, "refCustomerID"));
-    if (!referrer || !referrer->activated)
-        throw BadRequest{"Unknown customer"};
+    const int64_t referrerId = Number(req.params, "refCustomerID");
+    const auto referrer = Caller(req);
+    if (!referrer || referrer->id != referrerId) {
+        Reply(res, "Invalid mobile number or password");
+        return;
+    }
     struct Friend {
         std::string name, mobile;
     };
@@ -221,7 +225,13 @@ void ProgramPages::ReferFriends(const Request& req, Response& res)
 
 void ProgramPages::PostSongData(const Request& req, Response& res)
 {
-    mStore.AddSongReport(Get(req.params, "CID"), Get(req.params, "SongBlob"));
+    const std::string cid = Get(req.params, "CID");
+    const auto customer = Caller(req);
+    if (!customer || std::to_string(customer->id) != cid) {
+        Reply(res, "0");
+        return;
+    }
+    mStore.AddSongReport(cid, Get(req.params, "SongBlob"));
     Reply(res, "1");
 }
 
@@ -233,7 +243,7 @@ void ProgramPages::LookupMobileNumber(const Request& req, Response& res)
 
 void ProgramPages::Send(const Request& req, Response& res)
 {
-    const auto customer = mAccounts.Authenticate(Get(req.params, "MobileNumber"), Get(req.params, "Password"));
+    const auto customer = Caller(req);
     const int64_t toneId = Number(req.params, "ToneID");
     if (!customer) {
         Reply(res, "0,1,Invalid mobile number or password");
@@ -250,13 +260,13 @@ void ProgramPages::Send(const Request& req, Response& res)
 
 void ProgramPages::AnnouncementRead(const Request& req, Response& res)
 {
-    const auto customer = mAccounts.Authenticate(Get(req.params, "MobileNumber"), Get(req.params, "Password"));
+    const auto customer = Caller(req);
     Reply(res, customer ? mStore.TakeAnnouncement(customer->id).value_or(std::string()) : std::string());
 }
 
 void ProgramPages::UpdateTID(const Request& req, Response& res)
 {
-    const auto customer = mAccounts.Authenticate(Get(req.params, "MobileNumber"), Get(req.params, "Password"));
+    const auto customer = Caller(req);
     const auto model = mStore.ModelById(Number(req.params, "TerminalTypeID"));
     if (!customer || !model) {
         Reply(res, "0");
@@ -268,7 +278,7 @@ void ProgramPages::UpdateTID(const Request& req, Response& res)
 
 void ProgramPages::DeleteTID(const Request& req, Response& res)
 {
-    const auto customer = mAccounts.Authenticate(Get(req.params, "MobileNumber"), Get(req.params, "Password"));
+    const auto customer = Caller(req);
     if (!customer) {
         Reply(res, "0");
         return;

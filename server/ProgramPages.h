@@ -3,9 +3,11 @@
 // announcements and the picture code. Plain text, Windows-1252, comma fields
 // on one line; a refusal the program understands comes as 200 and fields.
 #include "PageKit.h"
+#include "Store.h"
+
+#include <optional>
 
 class Accounts;
-class Store;
 namespace httplib {
 class Server;
 }
@@ -19,6 +21,9 @@ public:
 private:
     using Request = page::Request;
     using Response = page::Response;
+
+    // The customer whose number and password the request carries.
+    std::optional<Customer> Caller(const Request&);
 
     void CountryList(const Request&, Response&);
     void VendorList(const Request&, Response&);
