@@ -268,6 +268,7 @@ void frmMain::sendDirect(CDialog& dialog, const QString& contentType, const QStr
 
 void frmMain::reportSong()
 {
-    QString report = BuildSongReport(mstrCurrentFile);
+    // The service takes a report only with the customer's number and password.
+    QString report = BuildSongReport(mstrCurrentFile) + QLatin1Char('&') + BuildAccountQuery();
     CHTTPCall().GetPage(ptPostSongData, report, true, kServiceTimeOut);
 }
