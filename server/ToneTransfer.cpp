@@ -4,6 +4,7 @@
 #include "PasswordHash.h"
 #include "Store.h"
 #include "Text.h"
+#include "wire/ToneUpload.h"
 
 #include <QString>
 #include <QXmlStreamReader>
@@ -16,7 +17,7 @@
 using namespace page;
 
 namespace {
-constexpr size_t kToneFieldChars = 32760;
+using wire::kToneFieldChars;
 constexpr size_t kMaxToneFields = (2 * ToneTransfer::kMaxToneBytes + kToneFieldChars - 1) / kToneFieldChars;
 constexpr size_t kMaxOtherFields = 16;
 constexpr size_t kMaxKeyLength = 32;
