@@ -38,14 +38,17 @@ CREATE TABLE IF NOT EXISTS song_reports(id INTEGER PRIMARY KEY, customer_id TEXT
 CREATE TABLE IF NOT EXISTS tones(id INTEGER PRIMARY KEY, customer_id INTEGER NOT NULL, token TEXT NOT NULL UNIQUE,
     content_type TEXT NOT NULL, filename TEXT NOT NULL, path TEXT NOT NULL, size INTEGER NOT NULL,
     charged INTEGER NOT NULL, created TEXT NOT NULL DEFAULT CURRENT_TIMESTAMP);
+CREATE INDEX IF NOT EXISTS tones_name ON tones(customer_id, filename);
 CREATE TABLE IF NOT EXISTS outbox(id INTEGER PRIMARY KEY, mobile TEXT NOT NULL, text TEXT NOT NULL,
     created TEXT NOT NULL DEFAULT CURRENT_TIMESTAMP);
+CREATE INDEX IF NOT EXISTS outbox_mobile ON outbox(mobile);
 )";
 
 const char* const kCustomerColumns =
     "SELECT id, mobile, first_name, last_name, gender, email, password_hash, age, country_id, vendor_id, model_id,"
     " provider_id, receive_marketing, partner_id, activation_code, activated, free_quills, preferred_format,"
-    " charge_text FROM customers ";
+    " charge_text, activation_tries, CAST(strftime('%s', 'now') - strftime('%s', created) AS INTEGER)"
+    " FROM customers ";
 }  // namespace
 
 class Store::Query {
@@ -142,6 +145,9 @@ Store::Store(const std::string& path)
     Exec("PRAGMA synchronous=NORMAL");
     Exec("PRAGMA foreign_keys=ON");
     Exec(kSchema);
+    // Databases made before wrong activation codes were counted.
+    if (sqlite3_exec(mDb, "SELECT activation_tries FROM customers LIMIT 0", nullptr, nullptr, nullptr) != SQLITE_OK)
+        Exec("ALTER TABLE customers ADD COLUMN activation_tries INTEGER NOT NULL DEFAULT 0");
     if (Countries().empty()) {
         Transaction t(*this);
         Exec(kSeedSql);
@@ -280,6 +286,8 @@ std::optional<Customer> Store::CustomerWhere(const char* sql, const std::string&
     c.freeQuills = q.Int(16);
     c.preferredFormat = q.Text(17);
     c.chargeText = q.Text(18);
+    c.activationTries = q.Int(19);
+    c.ageSeconds = q.Int(20);
     return c;
 }
 
@@ -297,11 +305,15 @@ std::optional<Customer> Store::CustomerById(int64_t id)
     return CustomerWhere(sql.c_str(), {}, id);
 }
 
-std::optional<int64_t> Store::AddCustomer(const Customer& c)
+std::optional<int64_t> Store::AddCustomer(const Customer& c, int64_t pendingLifetime)
 {
     std::lock_guard lock(mMutex);
     Transaction t(*this);
-    Prepare("DELETE FROM customers WHERE mobile = ? AND activated = 0").Bind(1, c.mobile).Run();
+    Prepare("DELETE FROM customers WHERE mobile = ? AND activated = 0"
+            " AND strftime('%s', 'now') - strftime('%s', created) >= ?")
+        .Bind(1, c.mobile)
+        .Bind(2, pendingLifetime)
+        .Run();
     Query q = Prepare(
         "INSERT INTO customers(mobile, first_name, last_name, gender, email, password_hash, age, country_id,"
         " vendor_id, model_id, provider_id, receive_marketing, partner_id, activation_code, activated, free_quills,"
@@ -317,15 +329,26 @@ std::optional<int64_t> Store::AddCustomer(const Customer& c)
     return id;
 }
 
-bool Store::Activate(int64_t customerId, const std::string& code, const std::string& welcome)
+Store::Activation Store::Activate(int64_t customerId, const std::string& code, const std::string& welcome,
+                                  int64_t maxTries, int64_t lifetime)
 {
     std::lock_guard lock(mMutex);
     Transaction t(*this);
-    Query q = Prepare("UPDATE customers SET activated = 1 WHERE id = ? AND activated = 0 AND activation_code = ?"
-                      " RETURNING mobile, first_name");
-    q.Bind(1, customerId).Bind(2, code);
-    if (!q.Next())
-        return false;
+    Query open = Prepare("SELECT activation_code = ? FROM customers WHERE id = ? AND activated = 0"
+                         " AND activation_tries < ? AND strftime('%s', 'now') - strftime('%s', created) < ?");
+    open.Bind(1, code).Bind(2, customerId).Bind(3, maxTries).Bind(4, lifetime);
+    if (!open.Next())
+        return Activation::Refused;
+    if (open.Int(0) == 0) {
+        open.Run();
+        Prepare("UPDATE customers SET activation_tries = activation_tries + 1 WHERE id = ?").Bind(1, customerId).Run();
+        t.Commit();
+        return Activation::WrongCode;
+    }
+    open.Run();
+    Query q = Prepare("UPDATE customers SET activated = 1 WHERE id = ? RETURNING mobile, first_name");
+    q.Bind(1, customerId);
+    q.Next();
     const std::string mobile = q.Text(0);
     const std::string firstName = q.Text(1);
     q.Run();
@@ -342,7 +365,7 @@ bool Store::Activate(int64_t customerId, const std::string& code, const std::str
                                       " has joined Quillo Tone. Thanks for the tip: one more free quill is yours!");
     }
     t.Commit();
-    return true;
+    return Activation::Done;
 }
 
 void Store::SetPassword(int64_t customerId, const std::string& hash)
@@ -412,9 +435,11 @@ void Store::AddSongReport(const std::string& customerId, const std::string& blob
     Prepare("INSERT INTO song_reports(customer_id, blob) VALUES(?, ?)").Bind(1, customerId).Bind(2, blob).Run();
 }
 
-int64_t Store::AddTone(const Tone& tone, const std::string& mobile, const std::string& message)
+Tone Store::AddTone(const Tone& tone, const std::string& mobile, const std::string& message)
 {
     std::lock_guard lock(mMutex);
+    if (auto sent = ToneByName(tone.customerId, tone.filename))
+        return *sent;
     Transaction t(*this);
     // A free quill pays if one is left; otherwise the tone is charged.
     Query spend = Prepare("UPDATE customers SET free_quills = free_quills - 1 WHERE id = ? AND free_quills > 0");
@@ -430,10 +455,11 @@ int64_t Store::AddTone(const Tone& tone, const std::string& mobile, const std::s
         .Bind(6, tone.size)
         .Bind(7, int64_t{charged})
         .Run();
-    const int64_t id = sqlite3_last_insert_rowid(mDb);
+    Tone added = tone;
+    added.id = sqlite3_last_insert_rowid(mDb);
     AddOutbox(mobile, message);
     t.Commit();
-    return id;
+    return added;
 }
 
 namespace {
@@ -449,6 +475,19 @@ std::optional<Tone> Store::ToneByToken(const std::string& token)
     if (!q.Next())
         return std::nullopt;
     return Tone{q.Int(0), q.Int(1), q.Int(2), q.Text(3), q.Text(4), q.Text(5), q.Text(6)};
+}
+
+std::optional<Tone> Store::ToneByName(int64_t customerId, const std::string& filename)
+{
+    static const std::string sql = std::string(kToneColumns) + "WHERE customer_id = ? AND filename = ? LIMIT 1";
+    std::lock_guard lock(mMutex);
+    Query q = Prepare(sql.c_str());
+    q.Bind(1, customerId).Bind(2, filename);
+    if (!q.Next())
+        return std::nullopt;
+    Tone t{q.Int(0), q.Int(1), q.Int(2), q.Text(3), q.Text(4), q.Text(5), q.Text(6)};
+    q.Run();
+    return t;
 }
 
 std::optional<Tone> Store::ToneById(int64_t customerId, int64_t toneId)
@@ -480,6 +519,17 @@ std::vector<OutboxMessage> Store::Outbox(int limit)
     std::lock_guard lock(mMutex);
     Query q = Prepare("SELECT id, mobile, text, created FROM outbox ORDER BY id DESC LIMIT ?");
     q.Bind(1, int64_t{limit});
+    std::vector<OutboxMessage> rows;
+    while (q.Next())
+        rows.push_back({q.Int(0), q.Text(1), q.Text(2), q.Text(3)});
+    return rows;
+}
+
+std::vector<OutboxMessage> Store::OutboxOf(const std::string& mobile, int limit)
+{
+    std::lock_guard lock(mMutex);
+    Query q = Prepare("SELECT id, mobile, text, created FROM outbox WHERE mobile = ? ORDER BY id DESC LIMIT ?");
+    q.Bind(1, mobile).Bind(2, int64_t{limit});
     std::vector<OutboxMessage> rows;
     while (q.Next())
         rows.push_back({q.Int(0), q.Text(1), q.Text(2), q.Text(3)});

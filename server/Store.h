@@ -40,6 +40,8 @@ struct Customer {
     bool receiveMarketing = false;
     std::string partnerId, activationCode;
     bool activated = false;
+    int64_t activationTries = 0;
+    int64_t ageSeconds = 0;  // since the sign-up
     int64_t freeQuills = 0;
     std::string preferredFormat, chargeText;
 };
@@ -71,12 +73,16 @@ public:
 
     std::optional<Customer> CustomerByMobile(const std::string& mobile);
     std::optional<Customer> CustomerById(int64_t id);
-    // Adds a customer waiting for activation, or replaces one that still waits
-    // under the same number; returns its id. Fails if the number is taken.
-    std::optional<int64_t> AddCustomer(const Customer& c);
-    // Marks the customer active if the code is theirs; a friend who referred
-    // the number earns a free quill. Returns false for a wrong code.
-    bool Activate(int64_t customerId, const std::string& code, const std::string& welcome);
+    // Adds a customer waiting for activation, in place of one that waited
+    // under the same number for longer than pendingLifetime seconds; returns
+    // its id. Fails if the number is taken, by a customer or a fresh sign-up.
+    std::optional<int64_t> AddCustomer(const Customer& c, int64_t pendingLifetime);
+    enum class Activation { Done, WrongCode, Refused };
+    // Marks the customer active if the code is theirs, the sign-up is younger
+    // than lifetime seconds and fewer than maxTries wrong codes came before;
+    // a friend who referred the number earns a free quill. A wrong code counts.
+    Activation Activate(int64_t customerId, const std::string& code, const std::string& welcome, int64_t maxTries,
+                        int64_t lifetime);
     void SetPassword(int64_t customerId, const std::string& hash);
     void SetModel(int64_t customerId, int64_t modelId, const std::string& format);
 
@@ -91,14 +97,17 @@ public:
     void AddSongReport(const std::string& customerId, const std::string& blob);
 
     // Records a stored tone, spends a free quill if one is left and queues the
-    // text message with its link, all or nothing. Returns the tone's id.
-    int64_t AddTone(const Tone& tone, const std::string& mobile, const std::string& message);
+    // text message with its link, all or nothing. A tone the customer already
+    // sent under this file name is not added again: the stored one comes back.
+    Tone AddTone(const Tone& tone, const std::string& mobile, const std::string& message);
+    std::optional<Tone> ToneByName(int64_t customerId, const std::string& filename);
     std::optional<Tone> ToneByToken(const std::string& token);
     std::optional<Tone> ToneById(int64_t customerId, int64_t toneId);
     int64_t ToneCount();
 
     void AddOutbox(const std::string& mobile, const std::string& text);
     std::vector<OutboxMessage> Outbox(int limit);
+    std::vector<OutboxMessage> OutboxOf(const std::string& mobile, int limit);
 
 private:
     class Query;

@@ -1,12 +1,14 @@
 // quillotone-service [--listen ADDR:PORT] [--data DIR] [--demo-account NUMBER:PASSWORD]
-//                    [--client-timeout SECONDS]
+//                    [--client-timeout SECONDS] [--operator-key-file FILE]
 // The Quillotone web service over HTTPS. It prints one line,
 // "Quillotone service listening on https://ADDR:PORT/", once it takes requests;
-// PORT 0 picks a free port. SIGINT or SIGTERM stops it cleanly.
+// PORT 0 picks a free port. The first line of the operator key file is the key
+// of the all-numbers outbox view, which is off without one. SIGINT or SIGTERM stops it cleanly.
 #include "Certificate.h"
 #include "Pages.h"
 #include "Store.h"
 
+#include <QFile>
 #include <QGuiApplication>
 #include <QStandardPaths>
 #include <QStringList>
@@ -25,6 +27,7 @@ struct Options {
     std::string data;
     std::string demoMobile, demoPassword;
     int clientTimeout = 5;
+    std::string operatorKey;
 };
 
 [[noreturn]] void Usage(const char* problem)
@@ -32,7 +35,7 @@ struct Options {
     std::fprintf(stderr,
                  "quillotone-service: %s\n"
                  "usage: quillotone-service [--listen ADDR:PORT] [--data DIR] [--demo-account NUMBER:PASSWORD]"
-                 " [--client-timeout SECONDS]\n",
+                 " [--client-timeout SECONDS] [--operator-key-file FILE]\n",
                  problem);
     std::exit(2);
 }
@@ -68,6 +71,13 @@ Options ReadOptions(const QStringList& args)
             o.clientTimeout = value.toInt(&ok);
             if (!ok || o.clientTimeout < 1)
                 Usage("--client-timeout wants whole seconds");
+        } else if (name == QLatin1String("--operator-key-file")) {
+            QFile file(value);
+            if (!file.open(QIODevice::ReadOnly))
+                Usage("--operator-key-file cannot be read");
+            o.operatorKey = QString::fromUtf8(file.readLine()).trimmed().toStdString();
+            if (o.operatorKey.size() < 12)
+                Usage("the operator key wants at least 12 characters");
         } else {
             Usage("unknown option");
         }
@@ -107,6 +117,7 @@ int main(int argc, char** argv)
         httplib::SSLServer server(tls.certificate.c_str(), tls.key.c_str());
         if (!server.is_valid())
             throw std::runtime_error("the TLS certificate in " + options.data + " cannot be used");
+        pages.SetOperatorKey(options.operatorKey);
         pages.Register(server);
         server.new_task_queue = [] { return new httplib::ThreadPool(32); };
         server.set_read_timeout(options.clientTimeout);

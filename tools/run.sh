@@ -10,8 +10,10 @@ data="${XDG_DATA_HOME:-$HOME/.local/share}/quillotone-service"
 service_pid=""
 if ! (exec 3<>/dev/tcp/127.0.0.1/8443) 2>/dev/null; then
   mkdir -p "$data"
+  # The key of the operator's page, readable by this user only.
+  [ -s "$data/operator.key" ] || (umask 077; head -c 18 /dev/urandom | base64 >"$data/operator.key")
   "$here/build/bin/quillotone-service" --listen 127.0.0.1:8443 --data "$data" \
-    --demo-account 0412345678:tonedemo >"$data/service.log" 2>&1 &
+    --demo-account 0412345678:tonedemo --operator-key-file "$data/operator.key" >"$data/service.log" 2>&1 &
   service_pid=$!
   trap 'kill "$service_pid" 2>/dev/null || true' EXIT
   # Wait for the line that says it takes requests.

@@ -19,7 +19,9 @@ namespace {
 constexpr size_t kToneBytes = 150000;
 constexpr size_t kFieldChars = wire::kToneFieldChars;
 
-std::string UploadBody(const std::string& mobile, const std::string& password)
+// The tone fields of every upload; each upload names its own tone, since the
+// service keeps one tone per name and customer.
+std::string ToneFields()
 {
     static const char digits[] = "0123456789ABCDEF";
     std::string hex;
@@ -28,12 +30,18 @@ std::string UploadBody(const std::string& mobile, const std::string& password)
         hex += digits[b >> 4];
         hex += digits[b & 0xF];
     }
-    std::string body = "MobileNumber=" + mobile + "&Password=" + password +
-                       "&xmldata=%3CMessage+ContentType%3D%22audio%2Famr%22+Filename%3D%2220250101120000.amr%22"
-                       "+Status%3D%22Ready%22+MobileNumber%3D%22" + mobile + "%22%2F%3E";
+    std::string fields;
     for (size_t at = 0, n = 1; at < hex.size(); at += kFieldChars, ++n)
-        body += "&tonedata" + std::to_string(n) + "=" + hex.substr(at, kFieldChars);
-    return body;
+        fields += "&tonedata" + std::to_string(n) + "=" + hex.substr(at, kFieldChars);
+    return fields;
+}
+
+std::string UploadBody(const std::string& mobile, const std::string& password, const std::string& toneName,
+                       const std::string& toneFields)
+{
+    return "MobileNumber=" + mobile + "&Password=" + password +
+           "&xmldata=%3CMessage+ContentType%3D%22audio%2Famr%22+Filename%3D%22" + toneName +
+           ".amr%22+Status%3D%22Ready%22+MobileNumber%3D%22" + mobile + "%22%2F%3E" + toneFields;
 }
 }  // namespace
 
@@ -47,7 +55,9 @@ int main(int argc, char** argv)
     const int connections = std::stoi(argv[6]);
     const double seconds = std::stod(argv[7]);
     const bool upload = kind == "upload";
-    const std::string body = upload ? UploadBody(mobile, password) : std::string();
+    const std::string toneFields = upload ? ToneFields() : std::string();
+    std::atomic<long> sent{0};
+    const std::string runName = std::to_string(std::chrono::system_clock::now().time_since_epoch().count());
     const std::string loginPath = "/Login.asp?MobileNumber=" + mobile + "&Password=" + password + "&Origin=0";
 
     // https://host:port/
@@ -72,7 +82,10 @@ int main(int argc, char** argv)
             std::vector<double> mine;
             while (std::chrono::steady_clock::now() < end) {
                 const auto t0 = std::chrono::steady_clock::now();
-                const auto res = upload ? client.Post("/SendT2.asp", body, "application/x-www-form-urlencoded")
+                const auto res = upload ? client.Post("/SendT2.asp",
+                                                      UploadBody(mobile, password, runName + "-" + std::to_string(++sent),
+                                                                 toneFields),
+                                                      "application/x-www-form-urlencoded")
                                         : client.Get(loginPath.c_str());
                 const auto t1 = std::chrono::steady_clock::now();
                 const bool ok = res && res->status == 200 && res->body.rfind("1,", 0) == 0 &&

@@ -74,7 +74,8 @@ void moveFile(const QString& from, const QString& to)
 
 void reportSong(SendToneHost& host)
 {
-    QString report = BuildSongReport(host.CurrentFile());
+    // The service takes a report only with the customer's number and password.
+    QString report = BuildSongReport(host.CurrentFile()) + QLatin1Char('&') + BuildAccountQuery();
     CHTTPCall().GetPage(ptPostSongData, report, true, kServiceTimeOut);
 }
 

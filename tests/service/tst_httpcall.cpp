@@ -60,7 +60,7 @@ private slots:
         QTest::addRow("6 countries, params ignored") << 6 << "junk" << "1,Australia,";
         QTest::addRow("7 login") << 7 << account + "&Origin=0" << "1,1,Demo,User,";
         QTest::addRow("9 activation") << 9 << "CustomerID=1&ActivationCode=0" << "0";
-        QTest::addRow("11 song report") << 11 << "CID=1&SongBlob=Rock%7CTitle%7C" << "1";
+        QTest::addRow("11 song report") << 11 << "CID=1&SongBlob=Rock%7CTitle%7C&" + account << "1";
         QTest::addRow("12 number lookup") << 12 << QString("MobileNumber=") + ServiceFixture::kDemoMobile << "1";
         QTest::addRow("13 send again") << 13 << account + "&ToneID=999" << "0,4,";
         QTest::addRow("15 phone model") << 15 << account + "&TerminalTypeID=2" << "1";

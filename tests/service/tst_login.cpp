@@ -231,7 +231,7 @@ private slots:
         QFETCH(int, rejections);
         DialogAnswerer script;
         for (int i = 0; i < rejections; ++i)
-            script.answer("frmLogin", SignIn(kDemo, "wrong")).answer("frmGenericOKDialog", "Enter");
+            script.answer("frmLogin", SignIn("0499999998", "wrong")).answer("frmGenericOKDialog", "Enter");
         if (rejections < 6)
             script.answer("frmLogin", "imgCancel");
         StandInLogin manager(mainWindow.get());
@@ -355,7 +355,8 @@ private slots:
         const QString id = service->addActiveCustomer("0400000101", "secret99", "Ann");
         QVERIFY(!id.isEmpty());
         service->get("ReferFriends.asp?refCustomerID=" + id +
-                     "&FirstName1=Bo&MobileNumber1=0400000102&FirstName2=Cy&MobileNumber2=0400000103&");
+                     "&FirstName1=Bo&MobileNumber1=0400000102&FirstName2=Cy&MobileNumber2=0400000103&"
+                     "MobileNumber=0400000101&Password=secret99");
         QVERIFY(!service->addActiveCustomer("0400000102", "secret99", "Bo").isEmpty());
         QVERIFY(!service->addActiveCustomer("0400000103", "secret99", "Cy").isEmpty());
         gstrMobileNumber = "0400000101";

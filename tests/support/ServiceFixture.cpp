@@ -15,6 +15,8 @@
 #include <QTextDocumentFragment>
 #include <QTimer>
 #include <QUrl>
+#include <QUuid>
+#include <QFile>
 #include <csignal>
 #include <sys/prctl.h>
 
@@ -34,8 +36,16 @@ QString ServiceFixture::servicePath()
     return QStringLiteral("quillotone-service");
 }
 
-ServiceFixture::ServiceFixture(const QStringList& extraArgs)
+ServiceFixture::ServiceFixture(const QStringList& extraArgs, bool withOperatorKey)
 {
+    mOperatorKey = QUuid::createUuid().toByteArray(QUuid::WithoutBraces);
+    if (withOperatorKey) {
+        const QString keyFile = mData.filePath(QStringLiteral("operator.key"));
+        QFile key(keyFile);
+        if (key.open(QIODevice::WriteOnly))
+            key.write(mOperatorKey + '\n');
+        mArgs << QStringLiteral("--operator-key-file") << keyFile;
+    }
     mArgs << QStringLiteral("--listen") << QStringLiteral("127.0.0.1:0") << QStringLiteral("--data") << mData.path()
           << QStringLiteral("--demo-account")
           << QStringLiteral("%1:%2").arg(QLatin1String(kDemoMobile), QLatin1String(kDemoPassword)) << extraArgs;
@@ -94,7 +104,7 @@ bool ServiceFixture::restart()
 }
 
 ServiceFixture::Reply ServiceFixture::request(const QString& url, const QByteArray* postBody,
-                                              const QByteArray& contentType) const
+                                              const QByteArray& contentType, bool asOperator) const
 {
     QNetworkAccessManager manager;
     QNetworkRequest request{QUrl(url)};
@@ -102,6 +112,8 @@ ServiceFixture::Reply ServiceFixture::request(const QString& url, const QByteArr
     tls.addCaCertificates(certificateFile());
     request.setSslConfiguration(tls);
     request.setTransferTimeout(20000);
+    if (asOperator)
+        request.setRawHeader("Authorization", "Basic " + ("operator:" + mOperatorKey).toBase64());
     QNetworkReply* reply = nullptr;
     if (postBody) {
         request.setHeader(QNetworkRequest::ContentTypeHeader, contentType);
@@ -134,9 +146,19 @@ ServiceFixture::Reply ServiceFixture::post(const QString& path, const QByteArray
     return request(mBaseUrl + path, &body, contentType);
 }
 
-QStringList ServiceFixture::outbox() const
+ServiceFixture::Reply ServiceFixture::getAsOperator(const QString& pathAndQuery) const
 {
-    const QString html = QString::fromUtf8(get(QStringLiteral("outbox.asp")).body);
+    return request(mBaseUrl + pathAndQuery, nullptr, {}, true);
+}
+
+ServiceFixture::Reply ServiceFixture::postAsOperator(const QString& path, const QByteArray& body) const
+{
+    return request(mBaseUrl + path, &body, "application/x-www-form-urlencoded", true);
+}
+
+QStringList ServiceFixture::messagesIn(const QByteArray& page)
+{
+    const QString html = QString::fromUtf8(page);
     static const QRegularExpression row(
         QStringLiteral("<tr><td>\\d+</td><td>[^<]*</td><td>([^<]*)</td><td>([^<]*)</td></tr>"));
     QStringList messages;
@@ -146,6 +168,18 @@ QStringList ServiceFixture::outbox() const
                         .toPlainText();
     }
     return messages;
+}
+
+QStringList ServiceFixture::outbox() const
+{
+    return messagesIn(getAsOperator(QStringLiteral("operator.asp")).body);
+}
+
+QStringList ServiceFixture::phone(const QString& mobile, const QString& password) const
+{
+    const Reply reply = post(QStringLiteral("outbox.asp"), "MobileNumber=" + QUrl::toPercentEncoding(mobile) +
+                                                               "&Password=" + QUrl::toPercentEncoding(password));
+    return reply.status == 200 ? messagesIn(reply.body) : QStringList();
 }
 
 QString ServiceFixture::addActiveCustomer(const QString& mobile, const QString& password, const QString& firstName)

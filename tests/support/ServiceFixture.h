@@ -13,8 +13,9 @@ public:
     static constexpr char kDemoMobile[] = "0412345678";
     static constexpr char kDemoPassword[] = "tonedemo";
 
-    // Starts the service; extra arguments go on its command line.
-    explicit ServiceFixture(const QStringList& extraArgs = {});
+    // Starts the service, with an operator key of its own unless told not
+    // to; extra arguments go on its command line.
+    explicit ServiceFixture(const QStringList& extraArgs = {}, bool withOperatorKey = true);
     ~ServiceFixture();
     ServiceFixture(const ServiceFixture&) = delete;
     ServiceFixture& operator=(const ServiceFixture&) = delete;
@@ -41,9 +42,17 @@ public:
     Reply get(const QString& pathAndQuery) const;
     Reply post(const QString& path, const QByteArray& body,
                const QByteArray& contentType = "application/x-www-form-urlencoded") const;
+    // As the operator, with the key the service was started with.
+    Reply getAsOperator(const QString& pathAndQuery) const;
+    Reply postAsOperator(const QString& path, const QByteArray& body) const;
 
-    // Every text message in the outbox page, newest first, as "mobile: text".
+    // Every text message in the operator's view, newest first, as "mobile: text".
     QStringList outbox() const;
+    // The messages of one phone, read as its owner reads them: with the
+    // number and its account's password. Empty when refused.
+    QStringList phone(const QString& mobile, const QString& password) const;
+    // Text messages in an outbox page, newest first, as "mobile: text".
+    static QStringList messagesIn(const QByteArray& page);
     // Signs up and activates a customer with an Australian Telstra number.
     // Returns the customer id, or empty on failure.
     QString addActiveCustomer(const QString& mobile, const QString& password, const QString& firstName = "Kim");
@@ -54,10 +63,12 @@ public:
 
 private:
     bool start();
-    Reply request(const QString& url, const QByteArray* postBody, const QByteArray& contentType) const;
+    Reply request(const QString& url, const QByteArray* postBody, const QByteArray& contentType,
+                  bool asOperator = false) const;
 
     QTemporaryDir mData;
     QStringList mArgs;
     QProcess mProcess;
     QString mBaseUrl;
+    QByteArray mOperatorKey;
 };
