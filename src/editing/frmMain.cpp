@@ -10,7 +10,7 @@
 #include "core/frmTitle.h"
 #include "core/seams.h"
 #include "core/twips.h"
-#include "editing/CAudioPlayer.h"
+#include "library/CAudioPlayer.h"
 #include "editing/ToneMeasures.h"
 #include "platform/AudioEditor2.h"
 #include "platform/NCTAmpBar2.h"

@@ -2,7 +2,7 @@
 #include "core/modCommon.h"
 #include "core/seams.h"
 #include "core/twips.h"
-#include "editing/CAudioPlayer.h"
+#include "library/CAudioPlayer.h"
 #include "editing/frmMain.h"
 #include "platform/AudioEditor2.h"
 #include "platform/NCTAmpBar2.h"
