@@ -21,6 +21,7 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QScopedValueRollback>
 #include <QSet>
 #include <QSplitter>
 #include <QThread>
@@ -213,8 +214,11 @@ void frmMyMusic2::Form_Load()
 
 void frmMyMusic2::layOut()
 {
-    if (!mSplitter)
+    // The shape is read off the drawn window, and drawing a window not yet
+    // shown lays it out again: once is enough.
+    if (!mSplitter || mLayingOut)
         return;
+    const QScopedValueRollback<bool> once(mLayingOut, true);
     const QSize size = this->size();
     const SkinWindowDesc desc = skin::LaidOut(face(size));
     mFace = skin::PaintFace(desc);
@@ -259,16 +263,18 @@ bool frmMyMusic2::eventFilter(QObject* watched, QEvent* event)
     if (event->type() == QEvent::MouseMove && lvwTracks && tvwFolders &&
         (watched == lvwTracks->viewport() || watched == tvwFolders->viewport()))
         ::ResetButtonPictures(this);
-    if (watched->objectName() == QLatin1String("lblGrip")) {
-        auto* mouse = static_cast<QMouseEvent*>(event);
-        if (event->type() == QEvent::MouseButtonPress && mouse->button() == Qt::LeftButton) {
+    const bool mouse = event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseMove ||
+                       event->type() == QEvent::MouseButtonRelease;
+    if (mouse && watched->objectName() == QLatin1String("lblGrip")) {
+        const auto* at = static_cast<QMouseEvent*>(event);
+        if (event->type() == QEvent::MouseButtonPress && at->button() == Qt::LeftButton) {
             // The desktop's own bottom-right resize, where it offers one.
             if (windowHandle() && windowHandle()->startSystemResize(Qt::BottomEdge | Qt::RightEdge))
                 return true;
-            mGripFrom = mouse->globalPosition().toPoint();
+            mGripFrom = at->globalPosition().toPoint();
             mSizeFrom = size();
-        } else if (event->type() == QEvent::MouseMove && (mouse->buttons() & Qt::LeftButton) && mSizeFrom.isValid()) {
-            const QPoint moved = mouse->globalPosition().toPoint() - mGripFrom;
+        } else if (event->type() == QEvent::MouseMove && (at->buttons() & Qt::LeftButton) && mSizeFrom.isValid()) {
+            const QPoint moved = at->globalPosition().toPoint() - mGripFrom;
             resize((mSizeFrom + QSize(moved.x(), moved.y())).expandedTo(minimumSize()));
         } else if (event->type() == QEvent::MouseButtonRelease) {
             mSizeFrom = QSize();

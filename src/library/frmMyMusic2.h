@@ -68,6 +68,7 @@ private:
     QPointer<QTreeWidget> lvwTracks;
     QPointer<QSplitter> mSplitter;
     QImage mFace;
+    bool mLayingOut = false;
     QPoint mGripFrom;
     QSize mSizeFrom;
 };

@@ -13,8 +13,9 @@
 #include <unordered_set>
 
 namespace {
-// Finds that may wait for the event loop before the walk holds back.
-constexpr int kBacklog = 256;
+// Finds that may wait for the event loop before the walk holds back: few,
+// so that a cancel, which lets the waiting ones in first, ends soon.
+constexpr int kBacklog = 16;
 
 // File systems that are no disk of the user's: kernel views, memory, the
 // network, packed read-only images.

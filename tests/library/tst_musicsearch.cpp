@@ -15,12 +15,12 @@
 #include <memory>
 
 namespace {
-// "Album" is a folder under the music folder, "/x" a path as it stands, "." the music folder itself.
+// "Album" is a folder under the music folder, "=x" the path x as it stands, "." the music folder itself.
 QStringList absolute(const MusicGround& ground, const QStringList& folders)
 {
     QStringList paths;
     for (const QString& f : folders)
-        paths << (f.startsWith('/') ? f : f == "." ? ground.music() : ground.music() + "/" + f);
+        paths << (f.startsWith('=') ? f.mid(1) : f == "." ? ground.music() : ground.music() + "/" + f);
     return paths;
 }
 
@@ -67,7 +67,7 @@ private slots:
         QTest::addRow("any case, any depth, in the folder itself")
             << QStringList{"TOP.MP3", "Sub/deeper/x.Wav"} << QStringList{} << QByteArray() << QStringList{".", "Sub/deeper"};
         QTest::addRow("an existing library is appended to") << QStringList{"Album/a.mp3"} << QStringList{} << one
-                                                            << QStringList{"/elsewhere", "Album"};
+                                                            << QStringList{"=/elsewhere", "Album"};
         QTest::addRow("the decline's empty library is appended to")
             << QStringList{"Album/a.mp3"} << QStringList{} << QByteArray("<?xml version=\"1.0\" ?><Quillotone></Quillotone>\n")
             << QStringList{"Album"};
@@ -139,12 +139,12 @@ private slots:
         QTest::addColumn<QStringList>("folders");
         QTest::addRow("empty file") << QByteArray() << true << QStringList{"Album"};
         QTest::addRow("truncated") << QByteArray("<?xml version=\"1.0\"?><Quillotone><Folder Path=\"/a\"/><Folder Path=\"/b\"/><Fol")
-                                   << true << QStringList{"/a", "/b", "Album"};
+                                   << true << QStringList{"=/a", "=/b", "Album"};
         QTest::addRow("not XML") << QByteArray("my songs:\n/home/x\n") << true << QStringList{"Album"};
         QTest::addRow("hand-edited, odd paths")
             << QByteArray("<?xml version=\"1.0\"?>\n<Quillotone>\n  <Folder Path=\"relative/dir\"/>\n"
                           "  <Folder Path=\"/a &amp; &lt;b&gt;\"/>\n</Quillotone>\n")
-            << false << QStringList{"relative/dir", "/a & <b>", "Album"};
+            << false << QStringList{"=relative/dir", "=/a & <b>", "Album"};
     }
     void damagedLibrary_isKeptAndTheSearchGoesOn()
     {
@@ -240,7 +240,7 @@ private slots:
         answerer->answer("frmSearching4Music", [&](QWidget* window) {
             connect(&watch, &QTimer::timeout, window, [&, window] {
                 counted = window->findChild<QLabel*>("lblCount")->text();
-                if (counted.toInt() < 5 || control.isEmpty())
+                if (counted.section(" ", 0, 0).toInt() < 5 || control.isEmpty())
                     return;
                 watch.stop();
                 if (!answer.isEmpty())
@@ -254,7 +254,7 @@ private slots:
         QVERIFY(!window.IsLoaded());
         QVERIFY(!gbSearchRunning);
         const int entries = static_cast<int>(ground->libraryPaths().size());
-        QVERIFY(whole ? entries == 120 : entries >= 5 && entries < 120);
+        QVERIFY2(whole ? entries == 120 : entries >= 5 && entries < 120, qPrintable(QString::number(entries)));
         QVERIFY(counted.endsWith(" song(s)"));
     }
 
