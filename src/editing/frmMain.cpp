@@ -4,14 +4,13 @@
 #include "core/MsgBox.h"
 #include "core/globals.h"
 #include "core/modCommon.h"
-#include "core/modShutdown.h"
 #include "core/modStartup.h"
 #include "core/numbers.h"
-#include "core/frmTitle.h"
 #include "core/seams.h"
 #include "core/twips.h"
-#include "library/CAudioPlayer.h"
 #include "editing/ToneMeasures.h"
+#include "library/CAudioPlayer.h"
+#include "library/frmMyMusic2.h"
 #include "platform/AudioEditor2.h"
 #include "platform/NCTAmpBar2.h"
 #include "platform/NCTSliderB2.h"
@@ -244,17 +243,16 @@ void frmMain::Form_Load()
         connect(Button(QStringLiteral("cmdPlay")), &CPictureButton::Released, this, &frmMain::cmdPlay_Released);
         connect(Button(QStringLiteral("cmdStop")), &CPictureButton::Released, this, &frmMain::cmdStop_Released);
         connect(Button(QStringLiteral("cmdSend")), &CPictureButton::Released, this, &frmMain::cmdSend_Released);
-        connect(Button(QStringLiteral("cmdMyMusic")), &CPictureButton::Released, this,
-                [this] { notThereYet(QStringLiteral("The My Music library")); });
+        connect(Button(QStringLiteral("cmdMyMusic")), &CPictureButton::Released, this, &frmMain::cmdMyMusic_Released);
         connect(Button(QStringLiteral("cmdRip")), &CPictureButton::Released, this,
                 [this] { notThereYet(QStringLiteral("Ripping from a CD")); });
         connect(Button(QStringLiteral("cmdRecord")), &CPictureButton::Released, this,
                 [this] { notThereYet(QStringLiteral("Recording from the sound card")); });
         connect(hotSpot("lblFreeQuills"), &CClickLabel::Click, this,
                 [this] { notThereYet(QStringLiteral("Referring friends for free quills")); });
-        connect(hotSpot("lblClose"), &CClickLabel::Click, this, [this] { QuitFromMainWindow(this); });
-        connect(hotSpot("cmdSignOut"), &CClickLabel::Click, this, [] { SignOutAndLeave(); });
-        connect(hotSpot("lblMinimize"), &CClickLabel::Click, this, [this] { MinimiseToTaskbar(this); });
+        connect(hotSpot("lblClose"), &CClickLabel::Click, this, &frmMain::CloseWanted);
+        connect(hotSpot("cmdSignOut"), &CClickLabel::Click, this, &frmMain::SignOutWanted);
+        connect(hotSpot("lblMinimize"), &CClickLabel::Click, this, &frmMain::MinimiseWanted);
         connect(hotSpot("lblLastURL"), &CClickLabel::DblClick, this, &frmMain::lblLastURL_DblClick);
         connect(hotSpot("lblVolumeUp"), &CClickLabel::MouseDown, this, [this] { mintVolumeDirection = 1; });
         connect(hotSpot("lblVolumeDown"), &CClickLabel::MouseDown, this, [this] { mintVolumeDirection = -1; });
@@ -280,6 +278,26 @@ void frmMain::notThereYet(const QString& what)
 void frmMain::RefreshFreeQuillCount()
 {
     label("lblFreeQuillCount")->setText(QString::number(gintFreeQuills));
+}
+
+void frmMain::ShowLoginBackdrop(int width, int height)
+{
+    auto* backdrop = findChild<QWidget*>(QStringLiteral("picLoginBackground"));
+    backdrop->setGeometry((this->width() - width) / 2, (this->height() - height) / 2, width, height);
+    backdrop->show();
+}
+
+void frmMain::HideLoginBackdrop(bool parkAside)
+{
+    auto* backdrop = findChild<QWidget*>(QStringLiteral("picLoginBackground"));
+    if (parkAside)
+        backdrop->move(TwipsToPixelsX(15000), backdrop->y());
+    backdrop->hide();
+}
+
+void frmMain::SendTone()
+{
+    ::SendTone(*this);
 }
 
 void frmMain::SetStatusText(const QString& text)
@@ -459,6 +477,65 @@ void frmMain::cmdOpen_Released()
     if (dialog.exec() == QDialog::Accepted && !dialog.selectedFiles().isEmpty())
         LoadSoundFile(dialog.selectedFiles().first());
     mbBusy = false;
+}
+
+void frmMain::cmdMyMusic_Released()
+{
+    QLabel* status = label("lblSoundFile");
+    try {
+        // A take under way would be stopped and thrown away here, once recording exists.
+        SetControlTag(status, status->text());
+        SetStatusText(QStringLiteral("Loading 'My Music'...."));
+        AudioEditor21->Stop();
+        mbPlaying = false;
+        SetMousePointer(vbHourglass);
+        QCoreApplication::processEvents();
+        QCoreApplication::processEvents();
+        if (mbRecordMode) {
+            mbRecordMode = false;
+            ApplyWindowMode();
+        }
+
+        frmMyMusic2 myMusic;
+        myMusic.Load();
+        SetMousePointer(vbDefault);
+        SetStatusText(ControlTag(status));
+        myMusic.Show(true);
+        mbBusy = true;
+        const QString chosen = myMusic.Tag;
+        if (!chosen.isEmpty() && chosen != QLatin1String("Q")) {
+            SetFormEnabled(this, false);
+            mintLoadStage = 1;
+            label("imgLoading")->show();
+            SetStatusText(QStringLiteral("Loading. Please wait (0% complete)"));
+            status->setEnabled(true);
+            QCoreApplication::processEvents();
+            LoadIntoEditor(chosen);
+            // The editor's failure has been shown; the old words stay as they were.
+            if (ControlTag(label("lblToneLength")) != QLatin1String("err")) {
+                SetStatusText(QFileInfo(chosen).fileName());
+                SetControlTag(status, chosen);
+                mstrCurrentFile = chosen;
+            } else {
+                SetStatusText(kSelectPrompt);
+            }
+            label("imgLoading")->hide();
+        }
+        myMusic.Unload();
+        mbBusy = false;
+        SetFormEnabled(this, true);
+        show();
+    } catch (const CError& e) {
+        label("imgLoading")->hide();
+        if (e.Description().toLower() == kFormatNotSupported.toLower()) {
+            auto dlg = MessageWindow(QStringLiteral("frmInvalidFileFormat"));
+            dlg->Load();
+            dlg->Show(true);
+            dlg->Unload();
+        } else {
+            MsgBox(e.Description());
+        }
+    }
 }
 
 void frmMain::cmdTrim_Released()

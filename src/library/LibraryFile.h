@@ -7,9 +7,10 @@
 
 class QDomDocument;
 
-// The empty library as the search writes it. The start-up's decline writes
-// the same with a blank before "?>"; readers take both.
+// The empty library as the search writes it, and as the start-up writes it
+// when the user declines the search (with a blank before "?>"); readers take both.
 inline const QString kSearchEmptyLibrary = QStringLiteral("<?xml version=\"1.0\"?><Quillotone></Quillotone>");
+inline const QString kDeclinedEmptyLibrary = QStringLiteral("<?xml version=\"1.0\" ?><Quillotone></Quillotone>");
 
 struct LibraryContents {
     QStringList paths;  // every Path, in file order, duplicates and all

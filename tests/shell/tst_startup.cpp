@@ -1,22 +1,28 @@
-#include "core/StartupParts.h"
-#include "core/frmIntro.h"
-#include "core/frmTitle.h"
+#include "core/MainWindow.h"
 #include "core/globals.h"
 #include "core/modCommon.h"
 #include "core/modKillProcess.h"
-#include "core/modShutdown.h"
 #include "core/modStartup.h"
 #include "core/seams.h"
+#include "service/frmLogin.h"
+#include "library/LibraryFile.h"
+#include "shell/SubMain.h"
+#include "shell/frmIntro.h"
+#include "shell/frmTitle.h"
+#include "shell/modShutdown.h"
 #include "skin/CPictureButton.h"
 #include "support/DialogAnswerer.h"
 #include "support/Files.h"
 #include "support/QuietOffscreen.h"
+#include "support/ServiceFixture.h"
 #include "support/TestGround.h"
 
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDir>
+#include <QDomDocument>
 #include <QFile>
+#include <QLineEdit>
 #include <QProcess>
 #include <QScreen>
 #include <QSettings>
@@ -81,7 +87,7 @@ class tst_Startup : public QObject {
 
     void useMainWindow()
     {
-        seams().mainWindow = [this] {
+        SetMainWindow([this] {
             if (!main) {
                 ++mainLoads;
                 main = std::make_unique<QWidget>();
@@ -89,7 +95,7 @@ class tst_Startup : public QObject {
                 main->setGeometry(100, 100, 640, 480);
             }
             return main.get();
-        };
+        });
     }
 
 private slots:
@@ -108,8 +114,8 @@ private slots:
         mainLoads = 0;
         loginCalls.clear();
         loginAnswer = {};
-        startupParts() = {};
-        startupParts().login = [this](const QString& text) {
+        startRoads() = {};
+        startRoads().login = [this](const QString& text) {
             loginCalls << text;
             return loginAnswer;
         };
@@ -120,7 +126,7 @@ private slots:
     {
         DropStartupWindows();
         main.reset();
-        startupParts() = {};
+        startRoads() = DefaultStartRoads();
         ground.reset();
     }
 
@@ -146,7 +152,7 @@ private slots:
         if (!did.isEmpty())
             SaveAppSetting("DID", did, kSettings);
         int confirmations = 0;
-        startupParts().confirmPendingSignUp = [&] {
+        startRoads().confirmPendingSignUp = [&] {
             ++confirmations;
             return PendingSignUp::Confirmed;
         };
@@ -183,7 +189,7 @@ private slots:
         QFETCH(int, outcome);
         QFETCH(bool, ended);
         SaveAppSetting("t1nuc", "99", kSettings);
-        startupParts().confirmPendingSignUp = [outcome] { return PendingSignUp(outcome); };
+        startRoads().confirmPendingSignUp = [outcome] { return PendingSignUp(outcome); };
         QCOMPARE(ends([] { SubMain(); }), ended);
         QCOMPARE(mainLoads, 0);
         QVERIFY(loginCalls.isEmpty());
@@ -222,7 +228,7 @@ private slots:
         QVERIFY(!ends([] { SubMain(); }));
         QVERIFY2(answerer.finishedCleanly(), qPrintable(answerer.problems()));
         QCOMPARE(gbUseTunnel, useTunnel == "1");
-        QCOMPARE(readFile(gstrMyMusicPath), kEmptyLibrary + "\n");
+        QCOMPARE(readFile(gstrMyMusicPath), kDeclinedEmptyLibrary + "\n");
         QTEST(ground->openedUrls, "opened");
         // The window is usable again after the library question.
         QVERIFY(main->isVisible());
@@ -235,48 +241,47 @@ private slots:
     {
         QTest::addColumn<bool>("exists");
         QTest::addColumn<QString>("answer");
-        QTest::addColumn<bool>("withSearch");
-        QTest::addColumn<bool>("searched");
-        QTest::addColumn<bool>("emptyWritten");
-        QTest::addRow("declined") << false << "imgCancel" << true << false << true;
-        QTest::addRow("accepted, search runs") << false << "imgOK" << true << true << false;
-        QTest::addRow("accepted, no disk search yet") << false << "imgOK" << false << false << true;
-        QTest::addRow("library already there") << true << "" << true << false << false;
+        QTest::addColumn<QStringList>("library");  // the Path of each Folder after; "empty": the decline's line
+        QTest::addRow("declined") << false << "imgCancel" << QStringList{"empty"};
+        QTest::addRow("accepted: the search writes the library") << false << "imgOK" << QStringList{"Album"};
+        QTest::addRow("library already there") << true << "" << QStringList{"/kept"};
     }
     void ensureMusicLibrary()
     {
         QFETCH(bool, exists);
         QFETCH(QString, answer);
-        QFETCH(bool, withSearch);
-        QFETCH(bool, emptyWritten);
+        QFETCH(QStringList, library);
         InitApplication();
+        // The desktop's music folder, with one song.
+        const QString music = ground->root() + "/Music";
+        QVERIFY(WriteFile(music + "/Album/a.mp3", "x"));
+        QVERIFY(WriteFile(ground->root() + "/config/user-dirs.dirs", "XDG_MUSIC_DIR=\"" + music.toUtf8() + "\"\n"));
+        qputenv("XDG_CONFIG_HOME", (ground->root() + "/config").toUtf8());
         if (exists)
-            QVERIFY(WriteFile(gstrMyMusicPath, "<Quillotone><Folder/></Quillotone>"));
-        bool ran = false;
-        if (withSearch)
-            startupParts().searchForMusic = [&] { ran = true; };
+            QVERIFY(WriteFile(gstrMyMusicPath, "<Quillotone><Folder Path=\"/kept\"/></Quillotone>"));
+        startRoads().searchForMusic = DefaultStartRoads().searchForMusic;
         DialogAnswerer answerer;
         if (!answer.isEmpty())
             answerer.answer("frmConfirmSearch", answer);
-        // A yes with no disk search built in says so before the empty library is written.
-        if (answer == "imgOK" && !withSearch)
-            answerer.answer("frmGenericOKDialog", "Enter");
+        if (answer == "imgOK")
+            answerer.answer("frmSearching4Music", [](QWidget*) {});  // it ends by itself
 
         EnsureMusicLibrary();
         QVERIFY2(answerer.finishedCleanly(), qPrintable(answerer.problems()));
-        QTEST(ran, "searched");
-        if (emptyWritten)
-            QCOMPARE(readFile(gstrMyMusicPath), QString("<?xml version=\"1.0\" ?><Quillotone></Quillotone>\n"));
-        else if (exists)
-            QCOMPARE(readFile(gstrMyMusicPath), QString("<Quillotone><Folder/></Quillotone>"));
-        else
-            QVERIFY(!QFile::exists(gstrMyMusicPath));
-        // Once written, the question is not asked again.
-        if (emptyWritten) {
-            DialogAnswerer again;
-            EnsureMusicLibrary();
-            QVERIFY(again.unexpected.isEmpty());
+        if (library == QStringList{"empty"}) {
+            QCOMPARE(readFile(gstrMyMusicPath), kDeclinedEmptyLibrary + "\n");
+        } else {
+            QDomDocument doc;
+            QVERIFY(doc.setContent(ReadFile(gstrMyMusicPath)));
+            QStringList paths;
+            for (QDomElement e = doc.documentElement().firstChildElement(); !e.isNull(); e = e.nextSiblingElement())
+                paths << e.attribute("Path").replace(music + "/", "");
+            QCOMPARE(paths, library);
         }
+        // Once written, the question is not asked again.
+        DialogAnswerer again;
+        EnsureMusicLibrary();
+        QVERIFY(again.unexpected.isEmpty());
     }
 
     void initApplication_isSafeToRepeat()
@@ -398,7 +403,7 @@ private slots:
             kills << name;
             return true;  // this process survives: the routine's last steps run
         };
-        QWidget* frmMain = seams().mainWindow();
+        QWidget* frmMain = MainWindow();
         frmMain->show();
         DialogAnswerer answerer;
         answerer.answer("frmConfirmExit", answer);
@@ -455,12 +460,50 @@ private slots:
     void intro_signUpShowsThePhoneCheck()
     {
         int shown = 0;
-        startupParts().showPhoneCheck = [&] { ++shown; };
+        startRoads().showPhoneCheck = [&] { ++shown; };
         frmIntro& intro = IntroWindow();
         intro.Show(false);
         QTest::mouseClick(intro.Button("imgOK"), Qt::LeftButton);
         QCOMPARE(shown, 1);
         QVERIFY(!intro.isVisible());
+    }
+
+    // The real login road: a wish to sign up trades the main window for the
+    // intro; a sign-in logs in.
+    void login_realRoad()
+    {
+        startRoads() = DefaultStartRoads();
+        QWidget* frmMain = MainWindow();
+        frmMain->show();
+        {
+            DialogAnswerer signup;
+            signup.answer("frmLogin", [](QWidget* w) {
+                QTest::mouseClick(static_cast<frmLogin*>(w)->lblSignUp2, Qt::LeftButton);
+            });
+            const LoginResult result = startRoads().login(QString());
+            QVERIFY(signup.allAnswered());
+            QVERIFY(result.DoSignup && !result.LoggedIn);
+            QVERIFY(gbSignUpActive);
+            QVERIFY(!frmMain->isVisible());
+            QVERIFY(IntroWindow().isVisible());
+            IntroWindow().Hide();
+        }
+
+        ServiceFixture service;
+        QVERIFY(service.running());
+        service.aimSeams();
+        gstrMachineKey = "0123456789ABCDEF";
+        DialogAnswerer script;
+        script.answer("frmLogin", [](QWidget* w) {
+            auto* window = static_cast<frmLogin*>(w);
+            window->txtMobileNumber->setText(ServiceFixture::kDemoMobile);
+            window->txtPassword->setText(ServiceFixture::kDemoPassword);
+            QTest::mouseClick(window->imgSignIn, Qt::LeftButton);
+        }).answer("frmAnnouncements", "imgOK");
+        const LoginResult result = startRoads().login(QString());
+        QVERIFY(script.allAnswered());
+        QVERIFY(result.LoggedIn && !result.DoSignup);
+        QCOMPARE(gstrMobileNumber, QString(ServiceFixture::kDemoMobile));
     }
 
     void title_parksBelowTheScreen()
@@ -481,7 +524,7 @@ private slots:
     {
         QFETCH(bool, signUp);
         QFETCH(bool, search);
-        QWidget* frmMain = seams().mainWindow();
+        QWidget* frmMain = MainWindow();
         frmMain->show();
         frmTitle& title = TitleWindow();
         title.show();
