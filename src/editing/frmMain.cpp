@@ -496,13 +496,13 @@ void frmMain::cmdMyMusic_Released()
             ApplyWindowMode();
         }
 
-        frmMyMusic2 myMusic;
-        myMusic.Load();
+        auto myMusic = std::make_unique<frmMyMusic2>();
+        myMusic->Load();
         SetMousePointer(vbDefault);
         SetStatusText(ControlTag(status));
-        myMusic.Show(true);
+        myMusic->Show(true);
         mbBusy = true;
-        const QString chosen = myMusic.Tag;
+        const QString chosen = myMusic->Tag;
         if (!chosen.isEmpty() && chosen != QLatin1String("Q")) {
             SetFormEnabled(this, false);
             mintLoadStage = 1;
@@ -521,7 +521,8 @@ void frmMain::cmdMyMusic_Released()
             }
             label("imgLoading")->hide();
         }
-        myMusic.Unload();
+        // Unloaded whole, its controls at once: nothing of it is left to take the focus.
+        myMusic.reset();
         mbBusy = false;
         SetFormEnabled(this, true);
         show();

@@ -154,12 +154,15 @@ void frmMyMusic2::Form_Load()
     lvwTracks->header()->resizeSection(0, TwipsToPixelsX(5000));
     lvwTracks->setMinimumWidth(1);
     mSplitter->setSizes({220, 460});
-    for (QTreeWidget* view : {tvwFolders, lvwTracks}) {
+    mViewports.clear();
+    for (QTreeWidget* view : {tvwFolders.data(), lvwTracks.data()}) {
         view->setFont(skin::Font(9));
         view->viewport()->setMouseTracking(true);
         view->viewport()->installEventFilter(this);
+        mViewports << view->viewport();
     }
     lvwTracks->installEventFilter(this);
+    mTracksObject = lvwTracks;
 
     for (const auto& [name, words] : {std::pair{QStringLiteral("imgShortTime"), QStringLiteral("Short songs")},
                                       std::pair{QStringLiteral("imgLongTime"), QStringLiteral("Long songs")}}) {
@@ -253,15 +256,15 @@ void frmMyMusic2::resizeEvent(QResizeEvent* event)
 
 bool frmMyMusic2::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched == lvwTracks && event->type() == QEvent::KeyPress) {
+    // Compared as plain objects: the views may be part way through their end.
+    if (watched == mTracksObject && event->type() == QEvent::KeyPress) {
         const int key = static_cast<QKeyEvent*>(event)->key();
         if (key == Qt::Key_Return || key == Qt::Key_Enter) {
             PlaySelected();
             return true;
         }
     }
-    if (event->type() == QEvent::MouseMove && lvwTracks && tvwFolders &&
-        (watched == lvwTracks->viewport() || watched == tvwFolders->viewport()))
+    if (event->type() == QEvent::MouseMove && mViewports.contains(watched))
         ::ResetButtonPictures(this);
     const bool mouse = event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseMove ||
                        event->type() == QEvent::MouseButtonRelease;

@@ -67,6 +67,9 @@ private:
     QPointer<QTreeWidget> tvwFolders;
     QPointer<QTreeWidget> lvwTracks;
     QPointer<QSplitter> mSplitter;
+    // What the event filter watches, as plain objects.
+    QObject* mTracksObject = nullptr;
+    QList<QObject*> mViewports;
     QImage mFace;
     bool mLayingOut = false;
     QPoint mGripFrom;
