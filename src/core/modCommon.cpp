@@ -47,6 +47,36 @@ void reportUnwritableStore(const QSettings& s)
            QMessageBox::Warning);
 }
 
+// Keys that people and installers write into the file, never the program.
+// The INI reader would take a comma for a list, ";" for a comment and "\"
+// for an escape, and so change a URL; these are read as they stand.
+const QStringList kWrittenByHand = {QStringLiteral("UseTunnel"),  QStringLiteral("QuillAssistURL"),
+                                    QStringLiteral("Logging"),    QStringLiteral("Origin"),
+                                    QStringLiteral("PartnerID"),  QStringLiteral("VolumeBoost"),
+                                    QStringLiteral("QueuePath"),  QStringLiteral("ServiceURL"),
+                                    QStringLiteral("ServiceCertificate")};
+
+// The text after "key=" on the key's last line in the section, blanks around it dropped.
+QString handWrittenValue(const QString& key, const QString& section)
+{
+    QFile file(SettingsFilePath());
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    QString value;
+    bool inSection = false;
+    for (const QByteArray& raw : file.readAll().split('\n')) {
+        const QString line = QString::fromUtf8(raw).trimmed();
+        if (line.startsWith(QLatin1Char('['))) {
+            inSection = line == QLatin1Char('[') + section + QLatin1Char(']');
+            continue;
+        }
+        const qsizetype eq = line.indexOf(QLatin1Char('='));
+        if (inSection && eq > 0 && QStringView(line).left(eq).trimmed() == key)
+            value = line.mid(eq + 1).trimmed();
+    }
+    return value;
+}
+
 void pumpEvents()
 {
     QCoreApplication::processEvents();
@@ -60,12 +90,9 @@ QString SettingsFilePath()
 
 QString GetAppSetting(const QString& key, const QString& section)
 {
-    const QVariant v = store().value(settingPath(key, section));
-    // A value written by hand with commas in it comes back from the INI reader
-    // as a list; it is still one text to us.
-    if (v.typeId() == QMetaType::QStringList)
-        return v.toStringList().join(QStringLiteral(", "));
-    return v.toString();
+    if (section == kSettings && kWrittenByHand.contains(key))
+        return handWrittenValue(key, section);
+    return store().value(settingPath(key, section)).toString();
 }
 
 void SaveAppSetting(const QString& key, const QString& value, const QString& section)
@@ -178,10 +205,23 @@ int MousePointer()
 void SetFormEnabled(QWidget* window, bool bEnabled)
 {
     if (window) {
-        // Every control, nested ones too; timers stop or run with the rest.
-        for (QWidget* control : window->findChildren<QWidget*>())
-            control->setEnabled(bEnabled);
+        // Every control of this window, nested ones too; timers stop or run
+        // with the rest. A window owned by this one (a notice, the upload
+        // window) is a window of its own and keeps its state.
+        const auto own = [window](QObject* object) {
+            for (QObject* o = object; o && o != window; o = o->parent()) {
+                if (o->isWidgetType() && static_cast<QWidget*>(o)->isWindow())
+                    return false;
+            }
+            return true;
+        };
+        for (QWidget* control : window->findChildren<QWidget*>()) {
+            if (own(control))
+                control->setEnabled(bEnabled);
+        }
         for (QTimer* timer : window->findChildren<QTimer*>()) {
+            if (!own(timer))
+                continue;
             if (bEnabled)
                 timer->start();
             else

@@ -1,5 +1,6 @@
 #include "core/modStartup.h"
 
+#include "core/CError.h"
 #include "core/globals.h"
 #include "core/modCommon.h"
 #include "core/seams.h"
@@ -20,14 +21,35 @@ void sweepFolder(const QString& path)
         f.remove();
     }
 }
+
+// The bundled service on this computer, unless the settings name another one
+// and the certificate it is to be checked against.
+void UseServiceSettings()
+{
+    const QString url = GetAppSetting(QStringLiteral("ServiceURL"), kSettings);
+    if (!url.isEmpty())
+        seams().serviceBaseUrl = url.endsWith(QLatin1Char('/')) ? url : url + QLatin1Char('/');
+    const QString certificate = GetAppSetting(QStringLiteral("ServiceCertificate"), kSettings);
+    if (!certificate.isEmpty())
+        seams().serviceCertificateFile = certificate;
+}
 }  // namespace
 
 void InitApplication()
 {
     QApplication::setApplicationName(QString::fromLatin1(kAppName));
+    QApplication::setApplicationVersion(QString::fromLatin1(kAppVersion));
+    UseServiceSettings();
     gstrMyMusicPath = ProgramFolderPath(QStringLiteral("MyMusic.xml"));
-    // A cache folder that cannot be made is the one start-up failure left uncaught.
-    QDir().mkpath(ProgramFolderPath(QStringLiteral("servercache")));
+    // A cache folder that cannot be made is the one start-up failure left
+    // uncaught: no tone could be sent without it.
+    const QString cache = ProgramFolderPath(QStringLiteral("servercache"));
+    if (!QDir().mkpath(cache))
+        throw CError(ErrNo::PathFileAccess,
+                     QStringLiteral("Quillotone could not make the folder %1. Check that the program's folder can "
+                                    "be written.")
+                         .arg(QDir::toNativeSeparators(cache)),
+                     QStringLiteral("InitApplication"));
     // From here on failures pass: a missing folder sweeps nothing.
     sweepFolder(GetTempFolder() + QStringLiteral("qtrecordings"));
 }

@@ -160,7 +160,8 @@ void SendTone(SendToneHost& host)
         SetMousePointer(vbDefault);
         const QString savedCaption = status->text();
 
-        if (host.CurrentFile().isEmpty()) {
+        // A file that failed to open leaves its path behind but no sound to cut.
+        if (host.CurrentFile().isEmpty() || editor->TotalSamples() == 0) {
             ask(QStringLiteral("frmNoToneSelected"));
             SetFormEnabled(window, true);
             return;

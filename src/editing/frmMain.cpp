@@ -8,9 +8,17 @@
 #include "core/numbers.h"
 #include "core/seams.h"
 #include "core/twips.h"
+#include "cd/frmRipCD.h"
+#include "cd/modCDChecking.h"
+#include "editing/CAudioRecorder.h"
+#include "editing/ToneView.h"
+#include "editing/frmAbout.h"
+#include "editing/frmConfiguration.h"
+#include "editing/frmZoomEdit.h"
 #include "editing/ToneMeasures.h"
 #include "library/CAudioPlayer.h"
 #include "library/frmMyMusic2.h"
+#include "platform/AudioDecoder.h"
 #include "platform/AudioEditor2.h"
 #include "platform/NCTAmpBar2.h"
 #include "platform/NCTSliderB2.h"
@@ -27,7 +35,11 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QFileSystemModel>
 #include <QMessageBox>
+#include <QPainter>
+#include <QPainterPath>
+#include <QRegularExpression>
 #include <QStandardPaths>
 #include <QTimer>
 
@@ -36,6 +48,20 @@ const QString kSelectPrompt = QStringLiteral("Select a sound file or rip a CD...
 const QString kLoadingWords = QStringLiteral("Loading. Please wait (");
 const QString kPreparingWords = QStringLiteral("Preparing ringtone (");
 const QString kFormatNotSupported = QStringLiteral("Format is not supported.");
+
+// "Music files (*.mp3, *.wav, *.wma)" -> *.mp3 *.wav *.wma; "*.*" is every file.
+QStringList filterPatterns(const QString& filter)
+{
+    const qsizetype open = filter.lastIndexOf(QLatin1Char('('));
+    const qsizetype close = filter.lastIndexOf(QLatin1Char(')'));
+    QStringList patterns = filter.mid(open + 1, close - open - 1)
+                               .split(QRegularExpression(QStringLiteral("[,; ]+")), Qt::SkipEmptyParts);
+    for (QString& p : patterns) {
+        if (p == QLatin1String("*.*"))
+            p = QStringLiteral("*");
+    }
+    return patterns;
+}
 
 // The artwork is laid out in twips: 15 to the pixel at 96 DPI.
 QRect tw(int x, int y, int w, int h)
@@ -64,6 +90,35 @@ SkinLabel spot(const char* name, QRect rect, LabelKind kind = LabelKind::HotSpot
 {
     return {QString::fromLatin1(name), rect, kind, QString::fromUtf8(caption), 9, true,
             Qt::AlignLeft | Qt::AlignVCenter};
+}
+
+// A thin rule at the left, then a loudspeaker with one sound wave, in the wording's colour.
+QPixmap volumeMark(QSize size)
+{
+    QPixmap mark(size);
+    mark.fill(Qt::transparent);
+    QPainter p(&mark);
+    p.setRenderHint(QPainter::Antialiasing);
+    const QColor ink = skin::TextColour();
+    p.setPen(QPen(QColor(ink.red(), ink.green(), ink.blue(), 80), 1));
+    p.drawLine(QPointF(0.5, 2), QPointF(0.5, size.height() - 2));
+    const double mid = size.height() / 2.0, x = size.width() - 16.5;
+    QPainterPath speaker;
+    speaker.moveTo(x, mid - 2.5);
+    speaker.lineTo(x + 3, mid - 2.5);
+    speaker.lineTo(x + 7, mid - 6);
+    speaker.lineTo(x + 7, mid + 6);
+    speaker.lineTo(x + 3, mid + 2.5);
+    speaker.lineTo(x, mid + 2.5);
+    speaker.closeSubpath();
+    p.setPen(Qt::NoPen);
+    p.setBrush(ink);
+    p.drawPath(speaker);
+    p.setPen(QPen(ink, 1.3));
+    p.setBrush(Qt::NoBrush);
+    p.drawArc(QRectF(x + 5, mid - 4, 6, 8), -50 * 16, 100 * 16);
+    p.drawArc(QRectF(x + 6, mid - 7, 10, 14), -50 * 16, 100 * 16);
+    return mark;
 }
 
 // Both faces share the frame; record mode swaps the editor for the level bars.
@@ -124,28 +179,32 @@ void frmMain::buildControls()
         spot("lblFreeQuills", tw(310, 80, 96, 16), LabelKind::Link, "Free quills:"),
         text("lblFreeQuillCount", tw(406, 80, 30, 16), 9.5, true),
         caption("Song", tw(16, 158, 30, 16)),
-        text("lblSongLength", tw(48, 158, 50, 16), 9),
-        caption("Tone", tw(100, 158, 30, 16)),
-        text("lblToneLength", tw(132, 158, 44, 16), 9),
-        caption("Size", tw(178, 158, 26, 16)),
-        text("lblToneSize", tw(206, 158, 42, 16), 9),
-        caption("At", tw(250, 158, 18, 16)),
-        text("lblCurrentPosition", tw(270, 158, 52, 16), 9),
-        spot("imgZoom", tw(324, 158, 36, 16), LabelKind::Link, "Zoom"),
-        spot("lblVolumeDown", tw(364, 158, 10, 16), LabelKind::HotSpot, "\u2013"),
-        spot("lblVolumeUp", tw(426, 158, 12, 16), LabelKind::HotSpot, "+"),
+        text("lblSongLength", tw(49, 158, 52, 16), 9),
+        caption("Tone", tw(104, 158, 30, 16)),
+        text("lblToneLength", tw(137, 158, 44, 16), 9),
+        caption("Size", tw(184, 158, 26, 16)),
+        text("lblToneSize", tw(212, 158, 38, 16), 9),
+        caption("At", tw(254, 158, 15, 16)),
+        text("lblCurrentPosition", tw(271, 158, 49, 16), 9),
+        spot("imgZoom", tw(322, 158, 35, 16), LabelKind::Link, "Zoom"),
+        // The volume stands apart from the zoom link, behind a rule and its speaker mark.
+        text("lblVolumeMark", tw(358, 158, 20, 16)),
+        spot("lblVolumeDown", tw(379, 158, 8, 16), LabelKind::HotSpot, "\u2013"),
+        spot("lblVolumeUp", tw(428, 158, 11, 16), LabelKind::HotSpot, "+"),
         spot("cmdSignOut", tw(300, 34, 66, 18), LabelKind::Link, "Sign out"),
         spot("lblSettings", tw(16, 214, 40, 10)),
         spot("lblAbout", tw(60, 214, 40, 10)),
         spot("lblLastURL", tw(104, 214, 40, 10)),
-        text("lblStartRecording", tw(300, 132, 64, 14), 8, false, Qt::AlignCenter),
-        text("lblStopRecording", tw(370, 132, 64, 14), 8, false, Qt::AlignCenter),
+        {QStringLiteral("lblStartRecording"), tw(300, 132, 64, 14), LabelKind::Link, QStringLiteral("record"), 8,
+         false, Qt::AlignCenter},
+        {QStringLiteral("lblStopRecording"), tw(370, 132, 64, 14), LabelKind::Link, QStringLiteral("end take"), 8,
+         false, Qt::AlignCenter},
     };
     SkinWindowDesc record = mainFace(true);
     record.labels = face.labels;
     mRecordFace = skin::PaintFace(skin::LaidOut(record));
-    Build(face);
     mNormalFace = skin::PaintFace(skin::LaidOut(face));
+    Build(record);  // the record buttons too; ApplyWindowMode shows the face of the mode
 
     // The two background pictures, kept as the controls that hold them.
     auto* normal = new QLabel(this);
@@ -166,7 +225,8 @@ void frmMain::buildControls()
 
     NCTSliderB21 = new NCTSliderB2(this);
     NCTSliderB21->setObjectName(QStringLiteral("NCTSliderB21"));
-    NCTSliderB21->setGeometry(tw(376, 158, 46, 16));
+    NCTSliderB21->setGeometry(tw(387, 158, 40, 16));  // its least width
+    label("lblVolumeMark")->setPixmap(volumeMark(label("lblVolumeMark")->size()));
 
     ampbarLeft = new NCTAmpBar2(this);
     ampbarLeft->setObjectName(QStringLiteral("ampbarLeft"));
@@ -208,7 +268,8 @@ void frmMain::Form_Load()
         label("lblUsingTunnel")->setVisible(gbUseTunnel);
         // The status is one line up to the free quills, or up to the tunnel
         // label when that shows: wrapped, its second line would be cut off.
-        label("lblSoundFile")->setWordWrap(false);
+        for (const char* name : {"lblSoundFile", "lblSongLength", "lblToneLength", "lblToneSize", "lblCurrentPosition"})
+            label(name)->setWordWrap(false);
         label("lblSoundFile")->setGeometry(tw(16, 80, gbUseTunnel ? 210 : 290, 16));
 
         label("imgLoading")->hide();
@@ -222,19 +283,17 @@ void frmMain::Form_Load()
 
         NCTSliderB21->SetValue(32000);
         AudioEditor21->SetVolume(NCTSliderB21->Value());
+        mobjRecord = std::make_unique<CAudioRecorder>();
+        connect(mobjRecord.get(), &CAudioRecorder::Timer, this, &frmMain::mobjRecord_Timer);
         mobjRecordAudioPlayer = std::make_unique<CAudioPlayer>();
-        connect(mobjRecordAudioPlayer.get(), &CAudioPlayer::Timer, this, &frmMain::mobjRecordAudioPlayer_Timer);
 
         connect(AudioEditor21, &AudioEditor2::OnEditorProgress, this, &frmMain::AudioEditor21_OnEditorProgress);
-        connect(AudioEditor21, &AudioEditor2::OnEditorSelectionChanged, this,
-                &frmMain::AudioEditor21_OnEditorSelectionChanged);
-        connect(AudioEditor21, &AudioEditor2::OnEditorPositionChanged, this,
-                &frmMain::AudioEditor21_OnEditorPositionChanged);
-        connect(AudioEditor21, &AudioEditor2::OnEditorPositionSet, this,
-                &frmMain::AudioEditor21_OnEditorPositionChanged);
+        connect(AudioEditor21, &AudioEditor2::OnEditorSelectionChanged, this, [this] { view().SelectionChanged(); });
+        connect(AudioEditor21, &AudioEditor2::OnEditorPositionChanged, this, [this] { view().PositionChanged(); });
+        connect(AudioEditor21, &AudioEditor2::OnEditorPositionSet, this, [this] { view().PositionChanged(); });
         connect(AudioEditor21, &AudioEditor2::OnEditorMouseMove, this, &frmMain::ResetButtonPictures);
         connect(NCTSliderB21, &NCTSliderB2::OnVolumeSliderMoved, AudioEditor21, &AudioEditor2::SetVolume);
-        connect(tmrVolume, &QTimer::timeout, this, &frmMain::tmrVolume_Timer);
+        connect(tmrVolume, &QTimer::timeout, this, [this] { StepVolume(NCTSliderB21, mintVolumeDirection); });
         tmrVolume->start();
 
         connect(Button(QStringLiteral("cmdOpen")), &CPictureButton::Released, this, &frmMain::cmdOpen_Released);
@@ -244,14 +303,26 @@ void frmMain::Form_Load()
         connect(Button(QStringLiteral("cmdStop")), &CPictureButton::Released, this, &frmMain::cmdStop_Released);
         connect(Button(QStringLiteral("cmdSend")), &CPictureButton::Released, this, &frmMain::cmdSend_Released);
         connect(Button(QStringLiteral("cmdMyMusic")), &CPictureButton::Released, this, &frmMain::cmdMyMusic_Released);
-        connect(Button(QStringLiteral("cmdRip")), &CPictureButton::Released, this,
-                [this] { notThereYet(QStringLiteral("Ripping from a CD")); });
-        connect(Button(QStringLiteral("cmdRecord")), &CPictureButton::Released, this,
-                [this] { notThereYet(QStringLiteral("Recording from the sound card")); });
+        connect(Button(QStringLiteral("cmdRip")), &CPictureButton::Released, this, &frmMain::cmdRip_Released);
+        connect(Button(QStringLiteral("cmdRecord")), &CPictureButton::Released, this, &frmMain::cmdRecord_Released);
+        // Start and its label are the second press of Rec.
+        connect(Button(QStringLiteral("imgStartRecording")), &CPictureButton::Released, this,
+                &frmMain::cmdRecord_Released);
+        connect(hotSpot("lblStartRecording"), &CClickLabel::Click, this, &frmMain::cmdRecord_Released);
+        connect(Button(QStringLiteral("imgStopRecording")), &CPictureButton::Released, this,
+                [this] { StopRecordingNow(false); });
+        connect(hotSpot("lblStopRecording"), &CClickLabel::Click, this, [this] { StopRecordingNow(false); });
+        connect(hotSpot("imgZoom"), &CClickLabel::Click, this, &frmMain::imgZoom_Click);
+        connect(hotSpot("lblSettings"), &CClickLabel::DblClick, this, &frmMain::lblSettings_DblClick);
+        connect(hotSpot("lblAbout"), &CClickLabel::DblClick, this, &frmMain::lblAbout_DblClick);
         connect(hotSpot("lblFreeQuills"), &CClickLabel::Click, this,
                 [this] { notThereYet(QStringLiteral("Referring friends for free quills")); });
         connect(hotSpot("lblClose"), &CClickLabel::Click, this, &frmMain::CloseWanted);
-        connect(hotSpot("cmdSignOut"), &CClickLabel::Click, this, &frmMain::SignOutWanted);
+        // A button acts on release, wherever the mouse went after the press.
+        connect(hotSpot("cmdSignOut"), &CClickLabel::MouseUp, this, [this](Qt::MouseButton button) {
+            if (button == Qt::LeftButton)
+                emit SignOutWanted();
+        });
         connect(hotSpot("lblMinimize"), &CClickLabel::Click, this, &frmMain::MinimiseWanted);
         connect(hotSpot("lblLastURL"), &CClickLabel::DblClick, this, &frmMain::lblLastURL_DblClick);
         connect(hotSpot("lblVolumeUp"), &CClickLabel::MouseDown, this, [this] { mintVolumeDirection = 1; });
@@ -303,7 +374,8 @@ void frmMain::SendTone()
 void frmMain::SetStatusText(const QString& text)
 {
     QLabel* status = label("lblSoundFile");
-    status->setText(text);
+    // A name too long for the line loses its middle, not its extension.
+    status->setText(status->fontMetrics().elidedText(text, Qt::ElideMiddle, status->width()));
     // The tool tip drops a three-letter extension: "song.mp3" reads "song".
     QString tip = text;
     if (tip.size() >= 4 && tip[tip.size() - 4] == QLatin1Char('.'))
@@ -325,7 +397,7 @@ void frmMain::ApplyWindowMode()
     for (const char* name : {"SongCaption", "ToneCaption", "SizeCaption", "AtCaption"})
         label(name)->setVisible(!rec);
     // The take's running time stands under the record buttons.
-    label("lblSongLength")->setGeometry(rec ? tw(300, 136, 134, 16) : tw(48, 158, 50, 16));
+    label("lblSongLength")->setGeometry(rec ? tw(300, 142, 134, 14) : tw(49, 158, 52, 16));
     label("lblSongLength")->setAlignment(rec ? Qt::AlignCenter : Qt::AlignLeft | Qt::AlignVCenter);
     ampbarLeft->setVisible(rec);
     ampbarRight->setVisible(rec);
@@ -377,18 +449,80 @@ void frmMain::LoadSoundFile(const QString& path)
             msngFileLength = static_cast<float>(file.size());
             msngTrimOffset = 0;
         } else {
-            SetStatusText(kSelectPrompt);
+            forgetSound();
         }
     } catch (const CError& e) {
         if (e.Description() == kFormatNotSupported) {
             SetFormEnabled(this, true);
             CDialog().Display(QStringLiteral("You selected a non-music file. Please try again."), true, this);
-            SetStatusText(kSelectPrompt);
+            forgetSound();
         }
     }
     SetFormEnabled(this, true);
     mbBusy = false;
     label("imgLoading")->hide();
+}
+
+void frmMain::cmdRip_Released()
+{
+    try {
+        SetFormEnabled(this, false);
+        if (!CDInDrive()) {
+            SetMousePointer(vbDefault);
+            std::unique_ptr<frmMessage> insert = MessageWindow(QStringLiteral("frmInsertCD"));
+            insert->Load();
+            PrepareDialog(insert.get());
+            insert->Show(true);
+            insert->Unload();
+        } else {
+            auto rip = std::make_unique<frmRipCD>();
+            rip->Load();
+            SetMousePointer(vbDefault);
+            rip->Show(true);
+            const QString path = rip->Tag;
+            if (!path.isEmpty()) {
+                SetFormEnabled(this, false);
+                SetFormEnabled(this, true);
+                SetMousePointer(vbDefault);
+                QLabel* status = label("lblSoundFile");
+                status->setEnabled(true);
+                mintLoadStage = 1;
+                label("imgLoading")->show();
+                SetStatusText(QStringLiteral("Loading. Please wait (0% complete)"));
+                QCoreApplication::processEvents();
+                LoadIntoEditor(path);
+                SetStatusText(rip->SelectedTrackText());
+                SetControlTag(status, path);
+                mstrCurrentFile = path;
+                label("imgLoading")->hide();
+                mbRecordMode = false;
+                ApplyWindowMode();
+            }
+        }
+        SetFormEnabled(this, true);
+        HideCCDBWait();
+        label("imgLoading")->hide();
+        SetMousePointer(vbDefault);
+    } catch (const CError& e) {
+        label("imgLoading")->hide();
+        show();
+        MsgBox(e.Description());
+        SetFormEnabled(this, true);
+    }
+}
+
+void frmMain::forgetSound()
+{
+    // The user is told that no file is chosen: nothing of the last one may
+    // stay to be played or sent. The path itself stays, as it always has.
+    AudioEditor21->Clear();
+    mbTrimmed = false;
+    msngTrimOffset = 0;
+    SetStatusText(kSelectPrompt);
+    label("lblSongLength")->setText(kSongLengthEmpty);
+    label("lblToneLength")->setText(kToneLengthCleared);
+    label("lblToneSize")->setText(kToneSizeCleared);
+    label("lblCurrentPosition")->setText(kPositionEmpty);
 }
 
 void frmMain::LoadIntoEditor(const QString& path)
@@ -412,18 +546,29 @@ void frmMain::LoadIntoEditor(const QString& path)
         toneLength->setText(length);
         SetControlTag(toneLength, length);
 
+        // Nothing of the last sound's trim and selection is left standing.
+        msngTrimOffset = 0;
+        mbTrimmed = false;
+        label("lblToneSize")->setText(kToneSizeCleared);
+        label("lblCurrentPosition")->setText(kPositionEmpty);
         AudioEditor21->SetShowSelection(false);
         AudioEditor21->SetPlayPosition(0);
         msngFileLength = static_cast<float>(QFileInfo(path).size());
-        mbTrimmed = false;
         SetFormEnabled(this, wasEnabled);
         mbBusy = false;
-    } catch (const CError&) {
+    } catch (const CError& e) {
         SetMousePointer(vbDefault);
-        auto dlg = MessageWindow(QStringLiteral("frmInvalidFileFormat"));
-        dlg->Load();
-        dlg->Show(true);
-        dlg->Unload();
+        if (e.Description() == kFileEmptyOrDamaged) {
+            // Telling of other formats would mislead: this one may be an MP3 of no use.
+            CDialog().Display(QStringLiteral("This file is empty or damaged: there is no sound in it to open. "
+                                             "Please choose another file."),
+                              true, this);
+        } else {
+            auto dlg = MessageWindow(QStringLiteral("frmInvalidFileFormat"));
+            dlg->Load();
+            dlg->Show(true);
+            dlg->Unload();
+        }
         SetControlTag(toneLength, QStringLiteral("err"));
         mbBusy = false;
         SetFormEnabled(this, wasEnabled);
@@ -440,40 +585,43 @@ void frmMain::AudioEditor21_OnEditorProgress(int percent)
     }
 }
 
-void frmMain::AudioEditor21_OnEditorSelectionChanged()
+ToneView frmMain::view()
 {
-    const int32_t length = AudioEditor21->SelectionEnd() - AudioEditor21->SelectionStart();
-    const float seconds = MillisecondsToSeconds(AudioEditor21->SamplesToMilliseconds(length));
-    if (seconds == 0)
-        return;
-    label("lblToneLength")->setText(LengthCaption(seconds));
-    label("lblToneSize")->setText(ToneSizeCaption(seconds));
-    AudioEditor21_OnEditorPositionChanged();
-}
-
-void frmMain::AudioEditor21_OnEditorPositionChanged()
-{
-    // By this order of steps the milliseconds of a thousandth of the
-    // position are the position in seconds.
-    const int32_t seconds = AudioEditor21->SamplesToMilliseconds(RoundToEven(AudioEditor21->PlayPosition() / 1000.0));
-    label("lblCurrentPosition")->setText(mbResetting ? kPositionEmpty : PositionCaption(seconds, msngTrimOffset));
+    return {AudioEditor21, label("lblToneLength"), label("lblToneSize"), label("lblCurrentPosition"),
+            msngTrimOffset, mbResetting, mbTrimmed};
 }
 
 void frmMain::cmdOpen_Released()
 {
     mbRecordMode = false;
     ApplyWindowMode();
-    // A take under way would be stopped and thrown away here, once recording exists.
+    if (mbRecording) {
+        // The take is thrown away: it stays in the scratch folder until the next start.
+        SetMousePointer(vbHourglass);
+        mbRecording = false;
+        ErrObject ignored;
+        ResumeNext(ignored, [this] { mobjRecord->StopRecording(); });
+        SetMousePointer(vbDefault);
+        ApplyWindowMode();
+    }
 
     // A music folder that does not exist would be offered as a file name.
     QString folder = QStandardPaths::writableLocation(QStandardPaths::MusicLocation);
     if (!QFileInfo(folder).isDir())
         folder = QDir::homePath();
-    QFileDialog dialog(this, QStringLiteral("Open"), folder,
-                       QStringLiteral("Music files (*.mp3 *.wav *.wma *.MP3 *.WAV *.WMA);;All files (*)"));
+    QFileDialog dialog(this, QStringLiteral("Open"), folder);
     dialog.setObjectName(QStringLiteral("CommonDialog1"));
     dialog.setOption(QFileDialog::DontUseNativeDialog);
     dialog.setFileMode(QFileDialog::ExistingFile);
+    dialog.setNameFilters({QStringLiteral("Music files (*.mp3, *.wav, *.wma)"), QStringLiteral("All files (*.*)")});
+    // The dialog reads patterns parted by blanks only, and "*.*" would pass
+    // over a name without a dot: its file list takes the patterns from us.
+    // That list matches names in any case.
+    if (auto* files = dialog.findChild<QFileSystemModel*>()) {
+        const auto follow = [files](const QString& filter) { files->setNameFilters(filterPatterns(filter)); };
+        connect(&dialog, &QFileDialog::filterSelected, files, follow);
+        follow(dialog.selectedNameFilter());
+    }
     if (dialog.exec() == QDialog::Accepted && !dialog.selectedFiles().isEmpty())
         LoadSoundFile(dialog.selectedFiles().first());
     mbBusy = false;
@@ -483,7 +631,8 @@ void frmMain::cmdMyMusic_Released()
 {
     QLabel* status = label("lblSoundFile");
     try {
-        // A take under way would be stopped and thrown away here, once recording exists.
+        if (mbRecordMode)
+            StopRecordingNow(true);  // the take is thrown away
         SetControlTag(status, status->text());
         SetStatusText(QStringLiteral("Loading 'My Music'...."));
         AudioEditor21->Stop();
@@ -542,22 +691,14 @@ void frmMain::cmdMyMusic_Released()
 void frmMain::cmdTrim_Released()
 {
     Button(QStringLiteral("cmdTrim"))->ShowRest();
-    if (mbRecordMode)
+    if (mbRecordMode || !view().SelectionMarked())
         return;
-    const int32_t start = AudioEditor21->SelectionStart();
-    const int32_t end = AudioEditor21->SelectionEnd();
-    if ((start == 0 && end == 0) || start == end) {
-        auto dlg = MessageWindow(QStringLiteral("frmToneNotTrimmed"));
-        dlg->Load();
-        PrepareDialog(dlg.get());
-        dlg->Show(true);
-        dlg->Unload();
-        return;
+    // A tone that came from a take: normal mode must hold from here on.
+    if (mobjRecord->RecordingExists()) {
+        mbRecordMode = false;
+        ApplyWindowMode();
     }
-    msngTrimOffset = static_cast<float>(AudioEditor21->SamplesToMilliseconds(RoundToEven(start / 1000.0)));
-    AudioEditor21->ZoomToRange(start, end);
-    AudioEditor21_OnEditorPositionChanged();
-    mbTrimmed = true;
+    view().TrimToSelection();
 }
 
 void frmMain::cmdReset_Released()
@@ -565,22 +706,7 @@ void frmMain::cmdReset_Released()
     Button(QStringLiteral("cmdReset"))->ShowRest();
     if (mstrCurrentFile.isEmpty())
         return;
-    ErrObject ignored;
-    ResumeNext(ignored, [&] { mbResetting = true; });
-    ResumeNext(ignored, [&] { AudioEditor21->ZoomFull(); });
-    ResumeNext(ignored, [&] {
-        label("lblToneLength")->setText(kToneLengthReset);
-        label("lblToneSize")->setText(kToneSizeReset);
-    });
-    ResumeNext(ignored, [&] {
-        AudioEditor21->SetSelectionStart(0);
-        AudioEditor21->SetSelectionEnd(0);
-        AudioEditor21->SetPlayPosition(0);
-    });
-    ResumeNext(ignored, [&] { cmdStop_Released(); });
-    msngTrimOffset = 0;
-    mbResetting = false;
-    mbTrimmed = false;
+    view().Reset([this] { cmdStop_Released(); });
 }
 
 void frmMain::cmdPlay_Released()
@@ -595,8 +721,10 @@ void frmMain::cmdPlay_Released()
 
 void frmMain::cmdStop_Released()
 {
-    if (mbRecordMode)
-        return;  // stops the take, once recording exists
+    if (mbRecordMode) {
+        StopRecordingNow(false);
+        return;
+    }
     Button(QStringLiteral("cmdStop"))->ShowRest();
     AudioEditor21->Stop();
     mbPlaying = false;
@@ -621,17 +749,108 @@ void frmMain::lblLastURL_DblClick()
         OpenInBrowser(url);
 }
 
-void frmMain::tmrVolume_Timer()
-{
-    if (mintVolumeDirection != 0)
-        NCTSliderB21->SetValue(NCTSliderB21->Value() + 3000 * mintVolumeDirection);
-}
-
-void frmMain::mobjRecordAudioPlayer_Timer(double SecondsElapsed)
+void frmMain::mobjRecord_Timer(double SecondsElapsed)
 {
     const QString shown = PositionCaption(RoundToEven(SecondsElapsed), 0);
     label("lblCurrentPosition")->setText(shown);
     label("lblSongLength")->setText(shown);
+}
+
+void frmMain::cmdRecord_Released()
+{
+    if (mbTrimmed && ShowMessageWindow(QStringLiteral("frmRecordDuringAudio")) == QLatin1String("Q"))
+        return;
+    AudioEditor21->Stop();
+    mbPlaying = false;
+    if (mbRecordMode) {
+        StartRecordingNow();
+        return;
+    }
+    Button(QStringLiteral("cmdRecord"))->ShowRest();
+    ClearToneDisplay();
+    mbRecordMode = true;
+    ApplyWindowMode();
+}
+
+void frmMain::StartRecordingNow()
+{
+    if (!mbRecordMode)
+        return;
+    Button(QStringLiteral("imgStartRecording"))->ShowClicked();
+    ShowMessageWindow(QStringLiteral("frmStartRecording"));
+    mstrRecordingPath = GetTempFolder() + QStringLiteral("qt.wav");
+    mobjRecord->StartRecording(mstrRecordingPath, ampbarLeft, ampbarRight);
+    mbRecording = true;
+}
+
+void frmMain::StopRecordingNow(bool bDiscard)
+{
+    if (!mbRecording)
+        return;
+    // Every failure is shown and the next step runs all the same.
+    auto step = [](const std::function<void()>& statement) {
+        ErrObject err;
+        ResumeNext(err, statement);
+        if (err.Stands())
+            MsgBox(err.Description);
+    };
+    SetMousePointer(vbHourglass);
+    step([this] { mobjRecordAudioPlayer->StopPlaying(); });
+    mbRecording = false;
+    if (!mobjRecord->Recording()) {
+        SetMousePointer(vbDefault);
+        return;
+    }
+    step([this] { mobjRecord->StopRecording(); });
+    mbRecordMode = false;
+    ApplyWindowMode();
+    if (!bDiscard) {
+        LoadSoundFile(mobjRecord->CurrentRecordingPath());
+        SetMousePointer(vbDefault);
+    }
+}
+
+void frmMain::imgZoom_Click()
+{
+    if (mstrCurrentFile.isEmpty()) {
+        ShowMessageWindow(QStringLiteral("frmNoToneSelected"));
+    } else {
+        AudioEditor21->Stop();
+        frmZoomEdit zoom;
+        zoom.Load();
+        zoom.NCTSliderB21->SetValue(NCTSliderB21->Value());
+        zoom.SetFile(mstrCurrentFile);
+        zoom.Label(QStringLiteral("lblSongLength"))->setText(label("lblSongLength")->text());
+        PrepareDialog(&zoom);
+        zoom.Show(true);
+        // Only the selection comes back, over the full view; mbTrimmed stays as it was.
+        if (zoom.Tag == QLatin1String("OK")) {
+            AudioEditor21->ZoomFull();
+            AudioEditor21->SetShowSelection(true);
+            AudioEditor21->SetSelectionStart(zoom.AudioEditor21->SelectionStart());
+            AudioEditor21->SetSelectionEnd(zoom.AudioEditor21->SelectionEnd());
+            label("lblToneLength")->setText(zoom.Label(QStringLiteral("lblToneLength"))->text());
+            label("lblToneSize")->setText(zoom.Label(QStringLiteral("lblToneSize"))->text());
+        }
+        zoom.Unload();
+    }
+    SetFormEnabled(this, true);
+}
+
+void frmMain::lblSettings_DblClick()
+{
+    frmConfiguration settings;
+    settings.Load();
+    settings.Show(true);
+    settings.Unload();
+}
+
+void frmMain::lblAbout_DblClick()
+{
+    frmAbout about;
+    about.Load();
+    about.Show(true);
+    about.Unload();
 }
 
 void frmMain::CheckToneSize(const QString& path, bool& result)

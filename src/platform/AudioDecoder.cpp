@@ -26,6 +26,9 @@ struct AudioDecoder::Impl {
     AVFormatContext* format = nullptr;
     AVCodecContext* codec = nullptr;
     SwrContext* swr = nullptr;
+    AVChannelLayout swrLayout{};   // what swr takes in: a stream may change it part-way
+    int swrRate = 0;
+    int swrFormat = -1;
     AVPacket* packet = nullptr;
     AVFrame* frame = nullptr;
     int stream = -1;
@@ -51,6 +54,9 @@ struct AudioDecoder::Impl {
     void close()
     {
         swr_free(&swr);
+        av_channel_layout_uninit(&swrLayout);
+        swrRate = 0;
+        swrFormat = -1;
         avcodec_free_context(&codec);
         avformat_close_input(&format);
         av_packet_free(&packet);
@@ -89,7 +95,7 @@ struct AudioDecoder::Impl {
             av_packet_unref(packet);
             if (sent < 0 && sent != AVERROR(EAGAIN)) {
                 if (++badPackets > kMaxBadPackets)
-                    throw CError(ErrNo::PathFileAccess, kNotSupported, QStringLiteral("AudioDecoder"));
+                    throw CError(ErrNo::PathFileAccess, kFileEmptyOrDamaged, QStringLiteral("AudioDecoder"));
                 continue;  // a damaged frame is skipped, as players do
             }
             badPackets = 0;
@@ -112,13 +118,36 @@ struct AudioDecoder::Impl {
             }
             if (got < 0) {
                 if (++badPackets > kMaxBadPackets)
-                    throw CError(ErrNo::PathFileAccess, kNotSupported, QStringLiteral("AudioDecoder"));
+                    throw CError(ErrNo::PathFileAccess, kFileEmptyOrDamaged, QStringLiteral("AudioDecoder"));
                 continue;
             }
             convert();
             return true;
         }
         return false;
+    }
+
+    // Sets the resampler up for what this frame holds, whenever that differs
+    // from the frame before (a stereo stream may go on in mono, or at another rate).
+    void fitResampler()
+    {
+        const AVChannelLayout& in = frame->ch_layout.nb_channels > 0 ? frame->ch_layout : codec->ch_layout;
+        const int inRate = frame->sample_rate > 0 ? frame->sample_rate : rate;
+        if (swr && swrRate == inRate && swrFormat == frame->format && !av_channel_layout_compare(&swrLayout, &in))
+            return;
+        swr_free(&swr);
+        av_channel_layout_uninit(&swrLayout);
+        swrRate = 0;
+        AVChannelLayout outLayout;
+        av_channel_layout_default(&outLayout, channels);
+        if (swr_alloc_set_opts2(&swr, &outLayout, AV_SAMPLE_FMT_S16, rate, const_cast<AVChannelLayout*>(&in),
+                                static_cast<AVSampleFormat>(frame->format), inRate, 0, nullptr) < 0 ||
+            swr_init(swr) < 0 || av_channel_layout_copy(&swrLayout, &in) < 0) {
+            swr_free(&swr);
+            throw CError(ErrNo::PathFileAccess, kNotSupported, QStringLiteral("AudioDecoder"));
+        }
+        swrRate = inRate;
+        swrFormat = frame->format;
     }
 
     void convert()
@@ -144,6 +173,7 @@ struct AudioDecoder::Impl {
             if (av_cmp_q(tb, AVRational{1, rate}) > 0 && size > 0)
                 position = (position + size / 2) / size * size;
         }
+        fitResampler();
         const int capacity = swr_get_out_samples(swr, frame->nb_samples);
         pending.resize(static_cast<size_t>(std::max(capacity, 0)) * channels);
         uint8_t* out = reinterpret_cast<uint8_t*>(pending.data());
@@ -176,6 +206,8 @@ void AudioDecoder::Open(const QString& path)
     const QFileInfo info(path);
     if (!info.isFile())
         throw CError(ErrNo::FileNotFound, QStringLiteral("File not found"), QStringLiteral("AudioDecoder"));
+    if (info.size() == 0)
+        throw CError(ErrNo::PathFileAccess, kFileEmptyOrDamaged, QStringLiteral("AudioDecoder"));
     d->fileBytes = info.size();
     d->bytesRead = 0;
     const QByteArray local = QFile::encodeName(path);
@@ -195,12 +227,6 @@ void AudioDecoder::Open(const QString& path)
             throw CError(ErrNo::PathFileAccess, kNotSupported, QStringLiteral("AudioDecoder"));
         d->rate = d->codec->sample_rate;
         d->channels = std::min(d->codec->ch_layout.nb_channels, kMaxChannels);
-        AVChannelLayout outLayout;
-        av_channel_layout_default(&outLayout, d->channels);
-        if (swr_alloc_set_opts2(&d->swr, &outLayout, AV_SAMPLE_FMT_S16, d->rate, &d->codec->ch_layout,
-                                d->codec->sample_fmt, d->rate, 0, nullptr) < 0 ||
-            swr_init(d->swr) < 0)
-            throw CError(ErrNo::PathFileAccess, kNotSupported, QStringLiteral("AudioDecoder"));
         d->packet = av_packet_alloc();
         d->frame = av_frame_alloc();
         d->position = 0;
@@ -276,8 +302,7 @@ void AudioDecoder::Seek(int64_t frame)
         AvCheck(av_seek_frame(d->format, d->stream, base, AVSEEK_FLAG_BACKWARD | AVSEEK_FLAG_ANY),
                 QStringLiteral("Seek"));
     avcodec_flush_buffers(d->codec);
-    swr_close(d->swr);
-    swr_init(d->swr);
+    swr_free(&d->swr);  // the next frame sets it up afresh, with nothing held back
     d->pending.clear();
     d->pendingAt = 0;
     d->demuxDone = d->decodeDone = false;

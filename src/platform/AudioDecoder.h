@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <memory>
 
+inline const QString kFileEmptyOrDamaged = QStringLiteral("The file is empty or damaged.");
+
 class AudioDecoder {
 public:
     AudioDecoder();
@@ -14,8 +16,10 @@ public:
     AudioDecoder& operator=(const AudioDecoder&) = delete;
 
     // Throws CError: "Format is not supported." when the file holds no audio
-    // stream FFmpeg can decode; "File not found" for a missing file. A file
-    // whose stream holds no decodable frame opens and reads as empty.
+    // stream FFmpeg can decode; kFileEmptyOrDamaged for a file of no bytes, or
+    // one whose frames turn out undecodable one after another; "File not
+    // found" for a missing file. A file whose stream holds no decodable frame
+    // opens and reads as empty.
     void Open(const QString& path);
     void Close();
     bool IsOpen() const;

@@ -80,7 +80,9 @@ void AudioEditor2::OpenFile(const QString& path)
         }
     }
     peaks.Finish();
-    if (peaks.Frames() == 0 || peaks.Frames() > INT32_MAX)
+    if (peaks.Frames() == 0)  // a sound stream with nothing in it that decodes
+        throw CError(ErrNo::PathFileAccess, kFileEmptyOrDamaged, QStringLiteral("AudioEditor2"));
+    if (peaks.Frames() > INT32_MAX)
         throw CError(ErrNo::PathFileAccess, QStringLiteral("Format is not supported."), QStringLiteral("AudioEditor2"));
     mSource = std::move(source);
     mPeaks = std::move(peaks);
@@ -88,6 +90,15 @@ void AudioEditor2::OpenFile(const QString& path)
     mSelStart = mSelEnd = mViewStart = mPlayPosition = 0;
     mViewEnd = TotalSamples();
     emit OnEditorProgress(100);
+    update();
+}
+
+void AudioEditor2::Clear()
+{
+    Stop();
+    mSource->Close();
+    mPeaks = PeakSummary();
+    mSelStart = mSelEnd = mViewStart = mViewEnd = mPlayPosition = 0;
     update();
 }
 
@@ -334,15 +345,19 @@ void AudioEditor2::paintEvent(QPaintEvent*)
     p.drawLine(xOf(mPlayPosition), wave.top(), xOf(mPlayPosition), wave.bottom());
 }
 
-void AudioEditor2::drawRuler(QPainter& p, const QRect& area) const
+QFont AudioEditor2::rulerFont() const
 {
-    p.setPen(mLook.ruler);
-    p.drawLine(area.bottomLeft(), area.bottomRight());
-    if (mRate <= 0 || mViewEnd <= mViewStart)
-        return;
     QFont font(mLook.fontFamily);
     font.setPixelSize(9);
-    p.setFont(font);
+    return font;
+}
+
+QList<AudioEditor2::RulerMark> AudioEditor2::RulerMarks() const
+{
+    QList<RulerMark> marks;
+    if (mRate <= 0 || mViewEnd <= mViewStart)
+        return marks;
+    const QFontMetrics metrics(rulerFont());
     // A label step of 1, 2 or 5 times a power of ten seconds, about 70 pixels apart.
     const double seconds = static_cast<double>(mViewEnd - mViewStart) / mRate;
     const double wanted = seconds * 70.0 / std::max(width(), 1);
@@ -356,11 +371,25 @@ void AudioEditor2::drawRuler(QPainter& p, const QRect& area) const
     const double first = std::ceil(static_cast<double>(mViewStart) / mRate / step) * step;
     for (double t = first; t * mRate <= mViewEnd; t += step) {
         const int x = xOf(static_cast<int64_t>(std::llround(t * mRate)));
-        p.drawLine(x, area.bottom() - 3, x, area.bottom());
         const int whole = static_cast<int>(t);
         const QString label = step >= 1.0 ? QStringLiteral("%1:%2").arg(whole / 60).arg(whole % 60, 2, 10, QChar('0'))
                                           : QString::number(t, 'f', step >= 0.1 ? 1 : 2);
-        p.drawText(x + 2, area.bottom() - 3, label);
+        const int w = metrics.horizontalAdvance(label);
+        // Right of its tick, or left of it where the editor ends.
+        const int left = x + 2 + w <= width() ? x + 2 : x - 2 - w;
+        marks.append({x, QRect(left, 0, w, kRulerHeight - 3), label});
+    }
+    return marks;
+}
+
+void AudioEditor2::drawRuler(QPainter& p, const QRect& area) const
+{
+    p.setPen(mLook.ruler);
+    p.drawLine(area.bottomLeft(), area.bottomRight());
+    p.setFont(rulerFont());
+    for (const RulerMark& mark : RulerMarks()) {
+        p.drawLine(mark.tick, area.bottom() - 3, mark.tick, area.bottom());
+        p.drawText(mark.text.left(), area.bottom() - 3, mark.label);
     }
 }
 

@@ -5,7 +5,8 @@
 // counts ("samples") of the whole file, also while the view is zoomed.
 //
 // Errors are CError; OpenFile's for a file that is no sound has the
-// description "Format is not supported.". A file that fails to open leaves
+// description "Format is not supported.", for an empty one or one with nothing
+// that decodes kFileEmptyOrDamaged. A file that fails to open leaves
 // the sound already shown in place.
 //
 // Properties are a getter and a Set... setter: SelectionStart /
@@ -19,6 +20,8 @@
 #include "platform/PeakSummary.h"
 
 #include <QColor>
+#include <QList>
+#include <QRect>
 #include <QString>
 #include <QWidget>
 #include <cstdint>
@@ -52,6 +55,8 @@ public:
     const EditorAppearance& Appearance() const { return mLook; }
 
     void OpenFile(const QString& path);
+    // No sound any more: nothing to show, play or save.
+    void Clear();
     void Stop();
     void PreparePlay();
     // The marked part; with nothing marked, the visible part from the play
@@ -81,6 +86,14 @@ public:
     int SampleRate() const { return mRate; }
     const PeakSummary& Peaks() const { return mPeaks; }
 
+    // A time label of the ruler: its tick and the box its words fill.
+    struct RulerMark {
+        int tick;
+        QRect text;
+        QString label;
+    };
+    QList<RulerMark> RulerMarks() const;
+
 signals:
     void OnEditorProgress(int percent);
     void OnEditorSelectionChanged();
@@ -98,6 +111,7 @@ private:
     int32_t clampSample(int64_t sample) const;
     int32_t sampleAt(int x) const;
     int xOf(int64_t sample) const;
+    QFont rulerFont() const;
     void drawRuler(class QPainter& p, const QRect& area) const;
     void playbackMoved(int64_t frame);
     void playbackEnded();

@@ -79,7 +79,8 @@ void frmLogin::Form_Load()
 
 void frmLogin::Timer1_Timer()
 {
-    txtPassword->setFocus();
+    // The first empty box: with a remembered number, the password.
+    (txtMobileNumber->text().isEmpty() ? txtMobileNumber : txtPassword)->setFocus();
     Timer1->stop();
 }
 
@@ -105,9 +106,9 @@ bool frmLogin::eventFilter(QObject* watched, QEvent* event)
             emit imgSignIn->Released();
         return true;
     }
-    if (watched == txtMobileNumber && key->key() != Qt::Key_Backspace && key->key() != Qt::Key_Escape &&
-        !key->text().isEmpty()) {
-        // Digits only; every other character is swallowed.
+    static const QList<int> kPassed = {Qt::Key_Backspace, Qt::Key_Escape, Qt::Key_Tab, Qt::Key_Backtab};
+    if (watched == txtMobileNumber && !kPassed.contains(key->key()) && !key->text().isEmpty()) {
+        // Digits only; every other character is swallowed. Tab moves on as everywhere.
         const QChar c = key->text().front();
         return !(c >= QLatin1Char('0') && c <= QLatin1Char('9'));
     }

@@ -1,6 +1,8 @@
 #include "shell/SubMain.h"
 
+#include "core/CError.h"
 #include "core/MainWindow.h"
+#include "core/MsgBox.h"
 #include "core/globals.h"
 #include "core/modCommon.h"
 #include "core/modEncryption.h"
@@ -129,7 +131,13 @@ void SubMain()
 {
     if (setting("UseTunnel") == QLatin1String("1"))
         gbUseTunnel = true;
-    InitApplication();
+    try {
+        InitApplication();
+    } catch (const CError& e) {
+        // The one start-up error that is not passed over: it is shown, and the program ends.
+        MsgBox(e.Description(), QMessageBox::Critical);
+        EndProgramNow(1);
+    }
     // After the set-up, so that a second start sweeps the first one's scratch recordings.
     if (AnotherInstanceRuns())
         EndProgramNow(0);

@@ -189,7 +189,8 @@ void CSkinWindow::mousePressEvent(QMouseEvent* event)
 void CSkinWindow::mouseMoveEvent(QMouseEvent* event)
 {
     ResetButtonPictures(this);
-    if (mDragging && (event->buttons() & Qt::LeftButton)) {
+    // The busy test holds for the whole drag: a window that became busy stays put.
+    if (mDragging && (event->buttons() & Qt::LeftButton) && DragAllowed()) {
         const QPointF at = event->position();
         DragMove(this, at.x() * TwipsPerPixelX(screen()), at.y() * TwipsPerPixelY(screen()));
     }
@@ -202,7 +203,10 @@ void CSkinWindow::mouseReleaseEvent(QMouseEvent* event)
     if (mDragging) {
         mDragging = false;
         const QPointF at = event->position();
-        DragEnd(this, at.x() * TwipsPerPixelX(screen()), at.y() * TwipsPerPixelY(screen()));
+        if (DragAllowed())
+            DragEnd(this, at.x() * TwipsPerPixelX(screen()), at.y() * TwipsPerPixelY(screen()));
+        else
+            DragCancel(this);
     }
     const bool click = mBodyPressed && rect().contains(event->position().toPoint());
     mBodyPressed = false;

@@ -49,12 +49,12 @@ MessageWindowRow withKeys(MessageWindowRow row, const QString& enter, const QStr
     return row;
 }
 
-MessageWindowRow withLabel(MessageWindowRow row, const QString& name, int height)
+MessageWindowRow withLabel(MessageWindowRow row, const QString& name, int height, LabelKind kind = LabelKind::Text)
 {
     row.size.rheight() += height;
     // Under the wording, above the button row.
     const int top = row.size.height() - 58 - height - 10;
-    row.labels.append({name, QRect(28, top, row.size.width() - 56, height), LabelKind::Text, {}, 10.5, true});
+    row.labels.append({name, QRect(28, top, row.size.width() - 56, height), kind, {}, 10.5, true});
     return row;
 }
 
@@ -134,7 +134,7 @@ QList<MessageWindowRow> build()
                                          back(Cancel, QStringLiteral("Send anyway"))},
                                         {},
                                         {}},
-                      QStringLiteral("lblTooBig"), 40);
+                      QStringLiteral("lblTooBig"), 40, LabelKind::HotSpot);  // a click shows the size
     rows << withKeys(question(QStringLiteral("frmAboutToUseFreeQuill"), QStringLiteral("Use a free quill?"),
                               QStringLiteral("Sending this tone will use one of your free quills."),
                               QStringLiteral("Send it"), QStringLiteral("Cancel")),

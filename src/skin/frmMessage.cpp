@@ -2,7 +2,10 @@
 
 #include "core/globals.h"
 #include "core/modCommon.h"
+#include "core/MsgBox.h"
+#include "skin/CClickLabel.h"
 #include "skin/CPictureButton.h"
+#include "skin/ControlTag.h"
 
 #include <QLabel>
 
@@ -30,6 +33,9 @@ void frmMessage::Form_Load()
     }
     if (QLabel* charge = Label(QStringLiteral("lblCharge")))
         charge->setText(gstrChargeText);
+    // A hidden aid: the size the caller put in the label's Tag, in a plain box.
+    if (auto* tooBig = qobject_cast<CClickLabel*>(Label(QStringLiteral("lblTooBig"))))
+        connect(tooBig, &CClickLabel::Click, this, [tooBig] { MsgBox(ControlTag(tooBig)); });
 
     SetLayeredColourKey(this, kColourKeyBlue, 100, LWA_COLORKEY);
     if (mRow.centredOnScreen)

@@ -93,15 +93,21 @@ void DragMove(QWidget* window, double X, double Y)
 
 void DragEnd(QWidget* window, double X, double Y)
 {
+    if (drag().window != window)
+        return;
+    const QPoint to = shifted(window, X, Y).topLeft();
+    DragCancel(window);
+    window->move(to);
+}
+
+void DragCancel(QWidget* window)
+{
     DragState& d = drag();
     if (d.window != window)
         return;
-    if (d.outline) {
-        // The outline window is dropped, not kept hidden, so nothing of it outlives the drag.
-        delete d.outline;
-        d.outline = nullptr;
-    }
-    window->move(shifted(window, X, Y).topLeft());
+    // The outline window is dropped, not kept hidden, so nothing of it outlives the drag.
+    delete d.outline;
+    d.outline = nullptr;
     d.window = nullptr;
     d.last = QRect();
 }

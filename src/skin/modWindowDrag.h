@@ -7,6 +7,8 @@ class QWidget;
 void DragStart(QWidget* window, double X, double Y);
 void DragMove(QWidget* window, double X, double Y);
 void DragEnd(QWidget* window, double X, double Y);
+// Removes the outline and leaves the window where it is.
+void DragCancel(QWidget* window);
 
 // The outline of the drag under way, in screen pixels; null when none.
 class QRect;

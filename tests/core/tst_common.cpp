@@ -60,10 +60,27 @@ private slots:
         QCOMPARE(GetAppSetting("LastPhoneNumber", kSettings), QString());
     }
 
-    void settings_handWrittenListReadsAsText()
+    void settings_handWrittenValuesReadAsTheyStand_data()
     {
-        QVERIFY(WriteFile(SettingsFilePath(), "[Settings]\nQuillAssistURL=https://helper/x?a=1,2\n"));
-        QCOMPARE(GetAppSetting("QuillAssistURL", kSettings), QString("https://helper/x?a=1, 2"));
+        QTest::addColumn<QByteArray>("file");
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QString>("value");
+        QTest::addRow("commas") << QByteArray("[Settings]\nQuillAssistURL=https://helper/x?a=1,2,3\n")
+                                << "QuillAssistURL" << "https://helper/x?a=1,2,3";
+        QTest::addRow("semicolon") << QByteArray("[Settings]\r\nQuillAssistURL = https://h/x;jsessionid=9 \r\n")
+                                   << "QuillAssistURL" << "https://h/x;jsessionid=9";
+        QTest::addRow("backslashes") << QByteArray("[Settings]\nQueuePath=C:\\tones\\new\n") << "QueuePath"
+                                     << "C:\\tones\\new";
+        QTest::addRow("quotes") << QByteArray("[Settings]\nPartnerID=\"42\"\n") << "PartnerID" << "\"42\"";
+        QTest::addRow("other section") << QByteArray("[ToneData]\nOrigin=3\n[Settings]\nLogging=1\n") << "Origin"
+                                       << "";
+    }
+    void settings_handWrittenValuesReadAsTheyStand()
+    {
+        QFETCH(QByteArray, file);
+        QVERIFY(WriteFile(SettingsFilePath(), file));
+        QFETCH(QString, key);
+        QTEST(GetAppSetting(key, kSettings), "value");
     }
 
     void settings_unwritableStoreSaysSoOnce()
@@ -266,17 +283,23 @@ private slots:
         auto* idle = new QTimer(&window);
         running->start(1000);
         nested->setEnabled(false);
+        // A window it owns, such as a notice, is none of its controls.
+        auto* owned = new QWidget(&window, Qt::Window);
+        auto* ownedButton = new QPushButton(owned);
+        auto* ownedTimer = new QTimer(ownedButton);
 
         SetFormEnabled(&window, false);
         QVERIFY(!button->isEnabled() && !frame->isEnabled() && !nested->isEnabled());
         QVERIFY(!running->isActive() && !idle->isActive());
         QCOMPARE(MousePointer(), int(vbHourglass));
+        QVERIFY(owned->isEnabled() && ownedButton->isEnabled());
 
         SetFormEnabled(&window, true);
         // Nothing is remembered: what was off before comes on too.
         QVERIFY(button->isEnabled() && frame->isEnabled() && nested->isEnabled());
         QVERIFY(running->isActive() && idle->isActive());
         QCOMPARE(MousePointer(), int(vbDefault));
+        QVERIFY(!ownedTimer->isActive());
     }
 
     void centring_data()

@@ -6,13 +6,19 @@
 #include "delivery/CQueueManager.h"
 #include "delivery/ToneFormats.h"
 #include "delivery/ToneUpload.h"
+#include "delivery/frmUploadingTone.h"
+#include "service/CHTTPCall.h"
 #include "support/Files.h"
 #include "support/TestGround.h"
 
 #include <QDomDocument>
 #include <QFile>
 #include <QRegularExpression>
+#include <QSet>
 #include <QSettings>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTimer>
 #include <QTest>
 #include <memory>
 
@@ -227,6 +233,37 @@ private slots:
         queue.ClearToneData();
         QVERIFY(!queue.IsDataFilePending());
         QVERIFY(GetAppSetting(second, kToneData).isEmpty());
+    }
+
+    void uploadingWindowAnimatesWhileTheCallBlocks()
+    {
+        // A page that answers only after a while, as a slow upload does.
+        QTcpServer page;
+        QVERIFY(page.listen(QHostAddress::LocalHost));
+        connect(&page, &QTcpServer::newConnection, this, [&page] {
+            QTcpSocket* client = page.nextPendingConnection();
+            QTimer::singleShot(1500, client, [client] {
+                client->write("HTTP/1.1 200 OK\r\nContent-Length: 5\r\nConnection: close\r\n\r\n1,0,0");
+                client->disconnectFromHost();
+            });
+        });
+        // The second send of a run: the window is there from the first when the owner is disabled.
+        QWidget owner;
+        frmUploadingTone& uploading = UploadingToneWindow(&owner);
+        uploading.Show(false);
+        SetFormEnabled(&owner, false);
+        const int16_t before = uploading.Frame();
+        QSet<int16_t> frames;
+        QTimer look;
+        connect(&look, &QTimer::timeout, this, [&] { frames << uploading.Frame(); });
+        look.start(50);
+        const QString reply = CHTTPCall().SendHTTP(QString("http://127.0.0.1:%1/SendT2.asp").arg(page.serverPort()),
+                                                   false, "x=1", QString(), 10000);
+        QCOMPARE(reply, QString("1,0,0"));
+        QVERIFY(uploading.isEnabled());
+        frames.remove(before);
+        QVERIFY2(frames.size() >= 2, "the animation stood still");
+        SetFormEnabled(&owner, true);
     }
 };
 

@@ -77,6 +77,8 @@ private slots:
         QTest::addColumn<bool>("busyCleared");
         QTest::addColumn<int>("tonesMade");
         QTest::addRow("nothing loaded") << "empty" << "frmNoToneSelected" << "imgOK" << "song.mp3" << 0 << false << 0;
+        QTest::addRow("a path whose file failed to open") << "noSound" << "frmNoToneSelected" << "imgOK" << "song.mp3"
+                                                          << 0 << false << 0;
         QTest::addRow("nothing marked") << "unmarked" << "frmToneNotTrimmed" << "imgOK" << "song.mp3" << 0 << false
                                         << 0;
         QTest::addRow("song gone") << "gone" << "frmGenericOKDialog" << "Enter" << "song.mp3" << 0 << false << 0;
@@ -101,7 +103,8 @@ private slots:
         FakeHost host;
         if (situation != "empty") {
             host.file = situation == "gone" ? ground->root() + "/gone.mp3" : song;
-            host.editor->OpenFile(song);
+            if (situation != "noSound")
+                host.editor->OpenFile(song);
         }
         if (situation == "gone" || situation == "trimmedEmpty") {
             host.trimmed = true;  // the view of a fresh zoom: nothing between its ends

@@ -3,8 +3,10 @@
 #include "core/modCommon.h"
 #include "core/seams.h"
 #include "core/twips.h"
+#include "cd/CDManager.h"
 #include "library/CAudioPlayer.h"
 #include "editing/frmMain.h"
+#include "editing/frmZoomEdit.h"
 #include "platform/AudioEditor2.h"
 #include "platform/NCTAmpBar2.h"
 #include "platform/NCTSliderB2.h"
@@ -18,9 +20,14 @@
 #include "support/SoundFiles.h"
 #include "support/TestGround.h"
 
+#include <QCheckBox>
 #include <QClipboard>
+#include <QComboBox>
 #include <QFile>
+#include <QComboBox>
 #include <QFileDialog>
+#include <QFileSystemModel>
+#include <QListView>
 #include <QLineEdit>
 #include <QSignalSpy>
 #include <QTest>
@@ -44,6 +51,13 @@ class tst_frmMain : public QObject {
         editor()->SetSelectionStart(int32_t(from * 44100));
         editor()->SetSelectionEnd(int32_t(to * 44100));
         QCoreApplication::processEvents();  // the editor tells of marks set in code through the event loop
+    }
+    void measuresFit()
+    {
+        for (const char* measure : {"lblSongLength", "lblToneLength", "lblToneSize", "lblCurrentPosition"}) {
+            const QLabel* l = form->findChild<QLabel*>(measure);
+            QVERIFY2(!l->wordWrap() && l->fontMetrics().horizontalAdvance(l->text()) <= l->width(), measure);
+        }
     }
     QString writeFile(const QString& name, const QByteArray& bytes)
     {
@@ -88,6 +102,7 @@ private slots:
         QCOMPARE(text("lblSongLength"), QString("00m 00s"));
         QCOMPARE(text("lblToneLength"), QString("0s"));
         QCOMPARE(text("lblToneSize"), QString("0 Kb"));
+        measuresFit();
         QCOMPARE(form->NCTSliderB21->Value(), 32000);
         QVERIFY(form->mstrCurrentFile.isEmpty());
         QVERIFY(!form->findChild<QWidget*>("imgLoading")->isVisible());
@@ -140,6 +155,48 @@ private slots:
         QCOMPARE(text("lblToneSize"), QString("0Kb"));
         QCOMPARE(text("lblCurrentPosition"), QString("00m 00s"));
         QCOMPARE(text("lblSongLength"), QString("0m 10s"));
+    }
+
+    void anotherFileAfterATrimStartsAfresh()
+    {
+        form->LoadSoundFile(song);
+        select(3.0, 5.0);
+        release("cmdTrim");
+        const QString other = MakeTone(ground->root() + "/Other.wav", 4.0);
+        form->LoadSoundFile(other);
+        QCoreApplication::processEvents();
+        QCOMPARE(text("lblCurrentPosition"), QString("00m 00s"));
+        QCOMPARE(text("lblToneSize"), QString("0 Kb"));
+        QCOMPARE(text("lblToneLength"), QString("0m 4s"));
+        editor()->SetPlayPosition(int32_t(2.0 * 44100));
+        QCOMPARE(text("lblCurrentPosition"), QString("00m 02s"));
+    }
+
+    void longNameAndMeasuresStayOnTheirLine()
+    {
+        const QString name = QString("A Very Long Live Recording Of The Whole Concert At The Town Hall").repeated(2);
+        form->LoadSoundFile(MakeTone(ground->root() + "/" + name + ".mp3", 30.0));
+        const QLabel* status = form->findChild<QLabel*>("lblSoundFile");
+        QVERIFY(status->text().contains(QChar(0x2026)) && status->text().endsWith(".mp3"));
+        QVERIFY(status->geometry().right() < form->findChild<QWidget*>("lblFreeQuills")->geometry().left());
+        QCOMPARE(status->toolTip(), name);
+        select(1.0, 29.0);
+        release("cmdTrim");
+        editor()->SetPlayPosition(int32_t(28.0 * 44100));
+        measuresFit();
+    }
+
+    void volumeReadsApartFromZoom()
+    {
+        const auto at = [this](const char* name) { return form->findChild<QWidget*>(name)->geometry(); };
+        const QLabel* mark = form->findChild<QLabel*>("lblVolumeMark");
+        QVERIFY(mark && !mark->pixmap().isNull());
+        // Zoom, then the mark, then "-", the slider and "+", none touching the one before.
+        const QList<QRect> row = {at("imgZoom"), mark->geometry(), at("lblVolumeDown"), at("NCTSliderB21"),
+                                  at("lblVolumeUp")};
+        for (int i = 1; i < row.size(); ++i)
+            QVERIFY2(row[i - 1].right() < row[i].left(), qPrintable(QString::number(i)));
+        QVERIFY(at("lblVolumeDown").left() - at("imgZoom").right() >= 20);
     }
 
     void trimRefusesEqualMarks_data()
@@ -214,6 +271,42 @@ private slots:
         QVERIFY(form->mstrCurrentFile.isEmpty());
     }
 
+    void openFiltersMusicInAnyCase()
+    {
+        const QString folder = ground->root() + "/mixed";
+        for (const char* name : {"a.mp3", "B.WAV", "c.Wma", "notes.txt", "README"})
+            QVERIFY(WriteFile(folder + "/" + name, "x"));
+        QStringList filters, music, all;
+        const auto shown = [](QFileDialog* dialog) {
+            auto* view = dialog->findChild<QListView*>("listView");
+            QStringList names;
+            for (int row = 0; row < view->model()->rowCount(view->rootIndex()); ++row)
+                names << view->model()->index(row, 0, view->rootIndex()).data().toString();
+            names.sort(Qt::CaseInsensitive);
+            return names;
+        };
+        QTimer::singleShot(0, this, [&] {
+            auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+            if (!dialog)
+                return;
+            filters = dialog->nameFilters();
+            QSignalSpy loaded(dialog->findChild<QFileSystemModel*>(), &QFileSystemModel::directoryLoaded);
+            dialog->setDirectory(folder);
+            QVERIFY(loaded.wait(5000));
+            music = shown(dialog);
+            // The list shows a new filter once it has sorted itself again.
+            QSignalSpy sorted(dialog->findChild<QFileSystemModel*>(), &QFileSystemModel::layoutChanged);
+            QTest::keyClick(dialog->findChild<QComboBox*>("fileTypeCombo"), Qt::Key_Down);
+            QVERIFY(sorted.wait(5000));
+            all = shown(dialog);
+            dialog->reject();
+        });
+        release("cmdOpen");
+        QCOMPARE(filters, QStringList({"Music files (*.mp3, *.wav, *.wma)", "All files (*.*)"}));
+        QCOMPARE(music, QStringList({"a.mp3", "B.WAV", "c.Wma"}));
+        QCOMPARE(all, QStringList({"a.mp3", "B.WAV", "c.Wma", "notes.txt", "README"}));
+    }
+
     void resetWithNothingLoadedDoesNothing()
     {
         QLabel* length = form->findChild<QLabel*>("lblToneLength");
@@ -225,28 +318,38 @@ private slots:
     {
         QTest::addColumn<QString>("name");
         QTest::addColumn<QByteArray>("bytes");
-        QTest::addRow("not a sound") << "letter.mp3" << QByteArray("Dear John, this is no song at all.\n").repeated(50);
-        QTest::addRow("zero length") << "empty.wav" << QByteArray();
-        QTest::addRow("vanished") << "gone.mp3" << QByteArray("-");
+        QTest::addColumn<QString>("message");
+        QTest::addRow("not a sound") << "letter.mp3" << QByteArray("Dear John, this is no song at all.\n").repeated(50)
+                                     << "frmInvalidFileFormat";
+        QTest::addRow("zero length") << "empty.wav" << QByteArray() << "frmGenericOKDialog";
+        QTest::addRow("vanished") << "gone.mp3" << QByteArray("-") << "frmInvalidFileFormat";
     }
     void badFiles()
     {
         QFETCH(QString, name);
         QFETCH(QByteArray, bytes);
+        QFETCH(QString, message);
         form->LoadSoundFile(song);
+        select(1.0, 2.0);
+        release("cmdTrim");
         QString path = writeFile(name, bytes);
         if (name == "gone.mp3")
             QFile::remove(path);
         DialogAnswerer answers;
-        answers.answer("frmInvalidFileFormat", "imgOK").answer("frmInvalidFileFormat", "imgOK");
+        answers.answer(message, "Enter").answer(message, "Enter");
         form->LoadSoundFile(path);
         QCOMPARE(text("lblSoundFile"), QString("Select a sound file or rip a CD..."));
         QCOMPARE(tag("lblToneLength"), QString("err"));
         QCOMPARE(form->mstrCurrentFile, song);  // the old file stays behind the words
+        QCOMPARE(editor()->TotalSamples(), 0);   // but none of its sound, to play or send
+        QVERIFY(!form->mbTrimmed);
+        QCOMPARE(text("lblSongLength"), QString("00m 00s"));
         QVERIFY(form->Button("cmdOpen")->isEnabled() && !form->mbBusy);
         form->LoadSoundFile(path);  // "err" is still there for the next failure
         QCOMPARE(tag("lblToneLength"), QString("err"));
         QVERIFY2(answers.finishedCleanly(), qPrintable(answers.problems()));
+        // An empty file is said to be one, not to be of some other format.
+        QCOMPARE(answers.seen.first().text.contains("empty or damaged"), name == "empty.wav");
         form->LoadSoundFile(song);
         QCOMPARE(tag("lblToneLength"), QString("0m 10s"));
         QCOMPARE(text("lblSoundFile"), QString("Some Song.mp3"));
@@ -267,12 +370,147 @@ private slots:
         QVERIFY(!form->mbPlaying);
     }
 
-    void recordPlayerTimeShowsInBothLabels()
+    // The zoom window hands back its marks exactly, over the full view; the
+    // main window's trim flag stays. Cancel changes nothing.
+    void zoomHandBack_data()
     {
-        QVERIFY(form->mobjRecordAudioPlayer);
-        emit form->mobjRecordAudioPlayer->Timer(75.0);
-        QCOMPARE(text("lblCurrentPosition"), QString("01m 15s"));
-        QCOMPARE(text("lblSongLength"), QString("01m 15s"));
+        QTest::addColumn<bool>("mainTrimmed");
+        QTest::addColumn<double>("from");
+        QTest::addColumn<double>("to");
+        QTest::addColumn<bool>("trimInZoom");
+        QTest::addColumn<QString>("press");
+        QTest::addColumn<QStringList>("shown");  // length and size captions after
+        QTest::addRow("marks, OK") << false << 2.0 << 7.0 << false << "cmdOK" << QStringList{"0m 5s", "~8Kb"};
+        QTest::addRow("trimmed in the zoom, OK") << false << 1.0 << 4.0 << true << "cmdOK" << QStringList{"0m 3s", "~5Kb"};
+        QTest::addRow("main trimmed, OK") << true << 6.0 << 8.5 << false << "cmdOK" << QStringList{"0m 2s", "~4Kb"};
+        QTest::addRow("Cancel") << false << 2.0 << 7.0 << false << "cmdCancel" << QStringList{"0m 1s", "~2Kb"};
+    }
+    void zoomHandBack()
+    {
+        QFETCH(bool, mainTrimmed);
+        QFETCH(double, from);
+        QFETCH(double, to);
+        QFETCH(bool, trimInZoom);
+        QFETCH(QString, press);
+        QFETCH(QStringList, shown);
+        form->LoadSoundFile(song);
+        select(3.0, 4.0);
+        if (mainTrimmed)
+            release("cmdTrim");
+        form->NCTSliderB21->SetValue(20000);
+        DialogAnswerer answers;
+        int zoomVolume = 0;
+        answers.answer("frmZoomEdit", [&](QWidget* w) {
+            auto* zoom = static_cast<frmZoomEdit*>(w);
+            QTRY_VERIFY(zoom->mbReady);
+            zoomVolume = zoom->AudioEditor21->Volume();
+            QCOMPARE(zoom->AudioEditor21->TotalSamples(), editor()->TotalSamples());
+            zoom->AudioEditor21->SetSelectionStart(int32_t(from * 44100));
+            zoom->AudioEditor21->SetSelectionEnd(int32_t(to * 44100));
+            QCoreApplication::processEvents();
+            if (trimInZoom)
+                emit zoom->Button("cmdTrim")->Released();
+            emit zoom->Button(press)->Released();
+        });
+        emit form->findChild<CClickLabel*>("imgZoom")->Click();
+        QVERIFY2(answers.finishedCleanly(), qPrintable(answers.problems()));
+        QCOMPARE(zoomVolume, 20000);
+        QCoreApplication::processEvents();
+        const bool ok = press == "cmdOK";
+        QCOMPARE(editor()->SelectionStart(), int32_t((ok ? from : 3.0) * 44100));
+        QCOMPARE(editor()->SelectionEnd(), int32_t((ok ? to : 4.0) * 44100));
+        QCOMPARE(text("lblToneLength"), shown[0]);
+        QCOMPARE(text("lblToneSize"), shown[1]);
+        QCOMPARE(form->mbTrimmed, mainTrimmed);
+        const bool fullView = ok || !mainTrimmed;
+        QCOMPARE(editor()->ViewStart(), fullView ? 0 : int32_t(3 * 44100));
+        QVERIFY(form->Button("cmdOpen")->isEnabled());
+    }
+
+    // What the settings window shows and stores decides the size check.
+    void configurationSetsTheSizeLimit_data()
+    {
+        QTest::addColumn<QString>("stored");
+        QTest::addColumn<QString>("choose");  // empty: close as it opened
+        QTest::addColumn<QString>("shown");
+        QTest::addColumn<int>("fits");
+        QTest::addColumn<int>("tooBig");
+        QTest::addRow("absent: closing stores 50 KB") << "" << "" << "50 KB" << 51200 << 51201;
+        QTest::addRow("unknown: shown as 50 KB") << "75 KB" << "" << "50 KB" << 51200 << 51201;
+        QTest::addRow("Unlimited stays") << "Unlimited" << "" << "Unlimited" << 3000000 << 0;
+        QTest::addRow("200 KB chosen") << "" << "200 KB" << "50 KB" << 204800 << 204801;
+    }
+    void configurationSetsTheSizeLimit()
+    {
+        QFETCH(QString, stored);
+        QFETCH(QString, choose);
+        QFETCH(QString, shown);
+        QFETCH(int, fits);
+        QFETCH(int, tooBig);
+        if (!stored.isEmpty())
+            SaveAppSetting("MaxToneSize", stored, kSettings);
+        DialogAnswerer answers;
+        QStringList sizes;
+        answers.answer("frmConfiguration", [&](QWidget* w) {
+            auto* list = w->findChild<QComboBox*>("cmbMaxToneSize");
+            for (int i = 0; i < list->count(); ++i)
+                sizes << list->itemText(i);
+            QCOMPARE(list->currentText(), shown);
+            if (!choose.isEmpty())
+                list->setCurrentText(choose);
+            emit static_cast<CSkinWindow*>(w)->Button("Command2")->Released();
+        });
+        emit form->findChild<CClickLabel*>("lblSettings")->DblClick();
+        QVERIFY(answers.allAnswered());
+        QCOMPARE(sizes, (QStringList{"50 KB", "100 KB", "150 KB", "200 KB", "500 KB", "Unlimited"}));
+        QCOMPARE(GetAppSetting("MaxToneSize", kSettings), choose.isEmpty() ? shown : choose);
+
+        bool result = false;
+        form->CheckToneSize(writeFile("fits.amr", QByteArray(fits, 'x')), result);
+        QVERIFY(result);
+        if (tooBig) {
+            answers.answer("frmToneTooBig", "imgOK");  // gives up
+            form->CheckToneSize(writeFile("big.amr", QByteArray(tooBig, 'x')), result);
+            QVERIFY(!result);
+        }
+        QVERIFY2(answers.finishedCleanly(), qPrintable(answers.problems()));
+    }
+
+    // A click on a fade box is stored at once and the next conversion follows it.
+    void configurationSwitchesTheFadeIn_data()
+    {
+        QTest::addColumn<int>("clicks");
+        QTest::addColumn<QString>("stored");
+        QTest::addRow("on") << 1 << "True";
+        QTest::addRow("on, then off again") << 2 << "False";
+    }
+    void configurationSwitchesTheFadeIn()
+    {
+        QFETCH(int, clicks);
+        QFETCH(QString, stored);
+        DialogAnswerer answers;
+        answers.answer("frmConfiguration", [&](QWidget* w) {
+            auto* box = w->findChild<QCheckBox*>("cbFadeIn");
+            QVERIFY(!box->isChecked());
+            for (int i = 0; i < clicks; ++i)
+                QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(6, box->height() / 2));
+            QCOMPARE(GetAppSetting("FadeIn", kSettings), stored);
+            emit static_cast<CSkinWindow*>(w)->Button("Command2")->Released();
+        });
+        emit form->findChild<CClickLabel*>("lblSettings")->DblClick();
+        QVERIFY2(answers.finishedCleanly(), qPrintable(answers.problems()));
+
+        QString source = MakeTone(ground->root() + "/steady.wav", 6.0, 440);
+        QString target = ground->tempFolder() + "/tone.amr";
+        int32_t format = 1;
+        TheCDManager()->ConvertAudio(source, target, format);
+        const std::vector<int16_t> s = DecodeMono(target, 8000);
+        const int start = PeakBetween(s, 8000, 0.02, 0.1), middle = PeakBetween(s, 8000, 2.0, 3.0);
+        QVERIFY(middle > 2000);
+        if (stored == "True")
+            QVERIFY2(start < middle / 5, qPrintable(QString("%1 of %2").arg(start).arg(middle)));
+        else
+            QVERIFY2(start > middle * 4 / 5, qPrintable(QString("%1 of %2").arg(start).arg(middle)));
     }
 
     void statusToolTip_data()
@@ -431,6 +669,16 @@ private slots:
         QTEST(text("lblSoundFile"), "status");
         QCOMPARE(text("lblSongLength"), QString(loaded ? "0m 10s" : "00m 00s"));
         QVERIFY(form->isEnabled() && form->Button("cmdOpen")->isEnabled() && !form->mbBusy);
+    }
+
+    void signOutActsOnReleaseWhereverTheMouseWent()
+    {
+        QSignalSpy wanted(form, &frmMain::SignOutWanted);
+        QWidget* signOut = form->findChild<QWidget*>("cmdSignOut");
+        QTest::mousePress(signOut, Qt::LeftButton);
+        QCOMPARE(wanted.size(), 0);
+        QTest::mouseRelease(signOut, Qt::LeftButton, {}, QPoint(-40, 60));
+        QCOMPARE(wanted.size(), 1);
     }
 
     void noDragWhileBusy()

@@ -21,6 +21,7 @@
 #include <QFile>
 #include <QRegularExpression>
 #include <QTest>
+#include <QTimer>
 #include <memory>
 
 // Sends from the main window to our web service over TLS, as the user does.
@@ -144,6 +145,31 @@ private slots:
         QTEST(heard.sampleRate, "rate");
         QCOMPARE(heard.channels, 1);
         QVERIFY2(qAbs(heard.seconds - 20.0) <= frame + 0.03, qPrintable(QString::number(heard.seconds)));
+    }
+
+    void twoSendsInOneRun()
+    {
+        // From the second send on, the upload window is there before the main window is disabled.
+        gstrPreferredFormat = "AMR Narrowband";
+        gintFreeQuills = 3;
+        QList<bool> enabledWhileUp;
+        QTimer probe;
+        connect(&probe, &QTimer::timeout, this, [&] {
+            auto* uploading = form->findChild<QWidget*>("frmUploadingTone");
+            if (uploading && uploading->isVisible())
+                enabledWhileUp << uploading->isEnabled();
+        });
+        probe.start(5);
+        for (int i = 0; i < 2; ++i) {
+            loadAndMark(5.0, 10.0);
+            DialogAnswerer answers;
+            answers.answer("frmAboutToUseFreeQuill", "imgOK").answer("frmSent", "imgOK");
+            send();
+            QVERIFY2(answers.finishedCleanly(), qPrintable(answers.problems()));
+        }
+        QCOMPARE(gintFreeQuills, int16_t(1));
+        QVERIFY(!enabledWhileUp.isEmpty());
+        QVERIFY2(!enabledWhileUp.contains(false), "the upload window came up disabled");
     }
 
     void charge_data()

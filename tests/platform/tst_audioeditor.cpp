@@ -8,6 +8,7 @@
 
 #include <QFile>
 #include <QImage>
+#include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -73,9 +74,14 @@ private slots:
         QTest::addColumn<QString>("error");
         QTest::addRow("text") << QByteArray("This is a letter, not a song.\n").repeated(50)
                               << "Format is not supported.";
-        QTest::addRow("zero length") << QByteArray() << "Format is not supported.";
+        QTest::addRow("zero length") << QByteArray() << "The file is empty or damaged.";
         QTest::addRow("wave header only") << QByteArray("RIFF\x24\x00\x00\x00WAVEfmt ", 16) + QByteArray(28, '\0')
                                           << "Format is not supported.";
+        // A whole header of 8 kHz mono 16-bit wave whose data chunk is empty.
+        QTest::addRow("wave without samples")
+            << QByteArray::fromHex("524946462400000057415645666d74201000000001000100"
+                                   "401f0000803e0000020010006461746100000000")
+            << "The file is empty or damaged.";
         QTest::addRow("random bytes") << QByteArray(4096, '\x5a') << "Format is not supported.";
     }
     void openFile_badInput()
@@ -119,6 +125,79 @@ private slots:
         QVERIFY(qAbs(editor.TotalSamples() - 2 * 44100) < 2 * 1152);
     }
 
+    void openFile_channelsChangePartWay_data()
+    {
+        QTest::addColumn<int>("firstChannels");
+        QTest::addColumn<int>("secondRate");
+        QTest::addRow("stereo then mono") << 2 << 44100;
+        QTest::addRow("mono then stereo") << 1 << 44100;
+        QTest::addRow("stereo then mono at 22 kHz") << 2 << 22050;
+    }
+    void openFile_channelsChangePartWay()
+    {
+        QFETCH(int, firstChannels);
+        QFETCH(int, secondRate);
+        // Two MP3 files one after the other in one file, as players take them.
+        const QByteArray first = ReadFile(MakeTone(scratch("one.mp3"), 2.0, 440, 44100, firstChannels));
+        const QByteArray second = ReadFile(MakeTone(scratch("two.mp3"), 2.0, 660, secondRate, 3 - firstChannels));
+        QVERIFY(!first.isEmpty() && !second.isEmpty());
+        const QString path = scratch("both.mp3");
+        QVERIFY(WriteFile(path, first + second));
+        AudioEditor2 editor;
+        QCOMPARE(openError(editor, path), QString());
+        QVERIFY2(qAbs(editor.TotalSamples() - 4 * 44100) < 4 * 1152, qPrintable(QString::number(editor.TotalSamples())));
+        const PeakSummary::Span late = editor.Peaks().Range(0, 3 * 44100, 3 * 44100 + 4410);
+        QVERIFY(late.high > 2000);
+    }
+
+    void decoder_flippedBytesNeverCrash_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addRow("mp3") << "f.mp3";
+        QTest::addRow("wav") << "f.wav";
+        QTest::addRow("wma") << "f.wma";
+    }
+    void decoder_flippedBytesNeverCrash()
+    {
+        QFETCH(QString, name);
+        const QByteArray good = ReadFile(MakeTone(scratch("a" + name), 1.0, 440, 44100, 2));
+        QVERIFY(good.size() > 1000);
+        // Half the flips hit the bytes after a frame sync, where a header
+        // says the layout and rate: damage there is what decoders meet most.
+        QList<int> headers;
+        for (int i = 0; i + 3 < good.size(); ++i) {
+            if (uchar(good[i]) == 0xFF && (uchar(good[i + 1]) & 0xE0) == 0xE0)
+                headers << i;
+        }
+        QRandomGenerator random(20261123);
+        int opened = 0;
+        for (int round = 0; round < 150; ++round) {
+            QByteArray bad = good;
+            const int flips = 1 + round % 12;
+            for (int i = 0; i < flips; ++i) {
+                const int at = i % 2 && !headers.isEmpty() ? headers[random.bounded(int(headers.size()))] + 1 +
+                                                                 random.bounded(3)
+                                                           : random.bounded(int(bad.size()));
+                bad[at] ^= char(1 << random.bounded(8));
+            }
+            const QString path = scratch(QString("%1-%2").arg(round).arg(name));
+            QVERIFY(WriteFile(path, bad));
+            AudioDecoder decoder;
+            try {
+                decoder.Open(path);
+                std::vector<int16_t> frames(4096 * 2);
+                while (decoder.Read(frames.data(), 4096) > 0) {
+                }
+                decoder.Seek(1000);
+                decoder.Read(frames.data(), 4096);
+                ++opened;
+            } catch (const CError&) {
+            }
+            QFile::remove(path);
+        }
+        QVERIFY(opened > 0);  // most damage leaves a playable file
+    }
+
     void openFile_waveHeaderClaimsFourGigabytes()
     {
         const QString path = MakeTone(scratch("liar.wav"), 2.0, 440, 44100, 2);
@@ -133,6 +212,29 @@ private slots:
         AudioEditor2 editor;
         QCOMPARE(openError(editor, path), QString());
         QCOMPARE(editor.TotalSamples(), 2 * 44100);
+    }
+
+    void ruler_everyLabelStandsWholeInside_data()
+    {
+        QTest::addColumn<double>("from");
+        QTest::addColumn<double>("to");
+        QTest::addRow("whole file") << 0.0 << 10.0;
+        QTest::addRow("trimmed to whole seconds") << 2.0 << 5.0;
+        QTest::addRow("trimmed to tenths") << 2.0 << 2.6;
+        QTest::addRow("trimmed near the end") << 7.3 << 10.0;
+    }
+    void ruler_everyLabelStandsWholeInside()
+    {
+        QFETCH(double, from);
+        QFETCH(double, to);
+        AudioEditor2 editor;
+        editor.resize(420, 56);
+        editor.OpenFile(MakeTone(scratch("ruler.wav"), 10.0, 440, 8000, 1));
+        editor.ZoomToRange(int32_t(from * 8000), int32_t(to * 8000));
+        const auto marks = editor.RulerMarks();
+        QVERIFY(marks.size() >= 3);
+        for (const auto& mark : marks)
+            QVERIFY2(mark.text.left() >= 0 && mark.text.right() < editor.width(), qPrintable(mark.label));
     }
 
     void peaks_matchTheSamplesAtEveryLevel_data()

@@ -17,6 +17,8 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QSignalSpy>
+#include <QTimer>
 #include <QTest>
 #include <memory>
 
@@ -178,23 +180,28 @@ private slots:
     {
         QTest::addColumn<QString>("number");
         QTest::addColumn<QString>("password");
-        QTest::addColumn<bool>("reachable");
+        QTest::addColumn<QString>("service");  // "", "unreachable" or "untrusted"
         QTest::addColumn<QString>("message");
         QTest::addColumn<int>("refusals");
-        QTest::addRow("refused") << "0499999999" << "wrong" << true << "Invalid login. Please try again." << 1;
-        QTest::addRow("no number") << "   " << "x" << true << "Please enter your mobile number and password." << 0;
-        QTest::addRow("no password") << kDemo << "" << true << "Please enter your mobile number and password." << 0;
-        QTest::addRow("service unreachable") << kDemo << kDemoPassword << false << "cannot be reached" << 0;
+        QTest::addRow("refused") << "0499999999" << "wrong" << "" << "Invalid login. Please try again." << 1;
+        QTest::addRow("no number") << "   " << "x" << "" << "Please enter your mobile number and password." << 0;
+        QTest::addRow("no password") << kDemo << "" << "" << "Please enter your mobile number and password." << 0;
+        QTest::addRow("service unreachable") << kDemo << kDemoPassword << "unreachable" << "cannot be reached" << 0;
+        // A service that is not the trusted one is never sent the password.
+        QTest::addRow("certificate not trusted")
+            << kDemo << kDemoPassword << "untrusted" << "could not prove its identity" << 0;
     }
     void failedSignIn()
     {
         QFETCH(QString, number);
         QFETCH(QString, password);
-        QFETCH(bool, reachable);
+        QFETCH(QString, service);
         QFETCH(QString, message);
         QFETCH(int, refusals);
-        if (!reachable)
+        if (service == "unreachable")
             seams().serviceBaseUrl = ServiceFixture::unreachableUrl();
+        if (service == "untrusted")
+            seams().serviceCertificateFile = ground->tempFolder() + "/nobody.crt";
         DialogAnswerer script;
         script.answer("frmLogin", SignIn(number, password))
             .answer("frmGenericOKDialog", "Enter")
@@ -308,6 +315,39 @@ private slots:
         manager.Login("0400000000");
         QCOMPARE(typed, QString("0412345678"));
         QVERIFY(manager.LoggedIn());
+    }
+
+    void focusStartsInTheFirstEmptyBoxAndTabMovesOn_data()
+    {
+        QTest::addColumn<QString>("remembered");
+        QTest::addColumn<QString>("first");
+        QTest::addRow("no number yet") << "" << "txtMobileNumber";
+        QTest::addRow("number remembered") << "0411000111" << "txtPassword";
+    }
+    void focusStartsInTheFirstEmptyBoxAndTabMovesOn()
+    {
+        QFETCH(QString, remembered);
+        SaveAppSetting("LastPhoneNumber", remembered, kSettings);
+        QStringList focus;
+        DialogAnswerer script;
+        script.answer("frmLogin", [&](QWidget* w) {
+            auto* window = static_cast<frmLogin*>(w);
+            if (window->Timer1->isActive())
+                QSignalSpy(window->Timer1, &QTimer::timeout).wait(2000);
+            for (const Qt::Key key : {Qt::Key_Tab, Qt::Key_Backtab, Qt::Key_unknown}) {
+                QWidget* now = window->focusWidget();
+                focus << (now ? now->objectName() : "nothing");
+                if (now && key != Qt::Key_unknown)
+                    QTest::keyClick(now, key);
+            }
+            QTest::mouseClick(window->imgCancel, Qt::LeftButton);
+        });
+        CLoginManager manager;
+        manager.Login({});
+        QVERIFY(manager.Cancelled());
+        QFETCH(QString, first);
+        const QString other = first == "txtPassword" ? "txtMobileNumber" : "txtPassword";
+        QCOMPARE(focus, QStringList({first, other, first}));
     }
 
     void threeAnnouncementsThreeWindowsFourRequests()

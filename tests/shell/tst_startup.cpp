@@ -307,6 +307,19 @@ private slots:
         QVERIFY(QDir(ground->programFolder() + "/servercache").exists());
     }
 
+    void subMain_cacheFolderThatCannotBeMadeEnds()
+    {
+        // A file where the folder should be: not even root can make it.
+        QVERIFY(WriteFile(ground->programFolder() + "/servercache", "in the way"));
+        DialogAnswerer answerer;
+        answerer.answer("MsgBox", "OK");
+        QVERIFY(ends([] { SubMain(); }));
+        QVERIFY2(answerer.finishedCleanly(), qPrintable(answerer.problems()));
+        QVERIFY(answerer.seen.first().text.contains("servercache"));
+        QCOMPARE(ground->endCodes, QList<int>{1});
+        QCOMPARE(mainLoads, 0);
+    }
+
     // The second start runs in a child process, where the program really ends.
     void secondStart_sweepsThenEndsSilently_data()
     {

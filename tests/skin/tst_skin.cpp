@@ -4,9 +4,11 @@
 #include "core/seams.h"
 #include "skin/CDialog.h"
 #include "skin/CPictureButton.h"
+#include "skin/ControlTag.h"
 #include "skin/frmGenericOKDialog.h"
 #include "skin/frmMessage.h"
 #include "skin/modWindowDrag.h"
+#include "support/DialogAnswerer.h"
 #include "support/QuietOffscreen.h"
 #include "support/TestGround.h"
 
@@ -184,7 +186,13 @@ private slots:
         QCOMPARE(charged->Label("lblCharge")->text(), QString("50p a tone"));
         auto tooBig = MessageWindow("frmToneTooBig");
         tooBig->Load();
-        QVERIFY(tooBig->Label("lblTooBig"));
+        // Its hidden aid: a click on the label shows the size the caller put in its Tag.
+        SetControlTag(tooBig->Label("lblTooBig"), "200000");
+        DialogAnswerer answers;
+        answers.answer("MsgBox", "OK");
+        QTest::mouseClick(tooBig->Label("lblTooBig"), Qt::LeftButton);
+        QVERIFY2(answers.finishedCleanly(), qPrintable(answers.problems()));
+        QCOMPARE(answers.seen.last().text, QString("200000"));
         auto news = MessageWindow("frmAnnouncements");
         news->Load();
         QVERIFY(news->findChild<QWidget*>("txtAnnouncement"));
@@ -304,16 +312,19 @@ private slots:
 
     void drag_movesByTheOutlineAndNotWhileBusy_data()
     {
-        QTest::addColumn<bool>("busy");
-        QTest::addRow("idle") << false;
-        QTest::addRow("busy") << true;
+        QTest::addColumn<bool>("busyAtPress");
+        QTest::addColumn<bool>("busy");  // from the first move on
+        QTest::addRow("idle") << false << false;
+        QTest::addRow("busy") << true << true;
+        QTest::addRow("busy once pressed") << false << true;
     }
     void drag_movesByTheOutlineAndNotWhileBusy()
     {
+        QFETCH(bool, busyAtPress);
         QFETCH(bool, busy);
         frmTwoButtons w;
         w.SetDraggable(true);
-        w.busy = busy;
+        w.busy = busyAtPress;
         w.Load();
         w.move(100, 100);
         w.Show(false);
@@ -321,8 +332,9 @@ private slots:
         const QRect start = w.geometry();
 
         QTest::mousePress(handle(&w), Qt::LeftButton, {}, QPoint(20, 150));
+        w.busy = busy;
         QTest::mouseMove(handle(&w), QPoint(50, 170));
-        QCOMPARE(DragOutline(), busy ? QRect() : start.translated(30, 20));
+        QCOMPARE(DragOutline(), busyAtPress ? QRect() : busy ? start : start.translated(30, 20));
         QCOMPARE(w.geometry(), start);  // only the outline moves until the release
         QTest::mouseRelease(handle(&w), Qt::LeftButton, {}, QPoint(50, 170));
         QCOMPARE(DragOutline(), QRect());
