@@ -7,5 +7,3 @@
 // Throws CError when the cache folder cannot be made.
 void InitApplication();
 
-// The one line of an empty library.
-inline const QString kEmptyLibrary = QStringLiteral("<?xml version=\"1.0\" ?><Quillotone></Quillotone>");

@@ -10,13 +10,14 @@
 #include "core/twips.h"
 #include "cd/frmRipCD.h"
 #include "cd/modCDChecking.h"
-#include "editing/CAudioPlayer.h"
 #include "editing/CAudioRecorder.h"
 #include "editing/ToneView.h"
 #include "editing/frmAbout.h"
 #include "editing/frmConfiguration.h"
 #include "editing/frmZoomEdit.h"
 #include "editing/ToneMeasures.h"
+#include "library/CAudioPlayer.h"
+#include "library/frmMyMusic2.h"
 #include "platform/AudioDecoder.h"
 #include "platform/AudioEditor2.h"
 #include "platform/NCTAmpBar2.h"
@@ -301,8 +302,7 @@ void frmMain::Form_Load()
         connect(Button(QStringLiteral("cmdPlay")), &CPictureButton::Released, this, &frmMain::cmdPlay_Released);
         connect(Button(QStringLiteral("cmdStop")), &CPictureButton::Released, this, &frmMain::cmdStop_Released);
         connect(Button(QStringLiteral("cmdSend")), &CPictureButton::Released, this, &frmMain::cmdSend_Released);
-        connect(Button(QStringLiteral("cmdMyMusic")), &CPictureButton::Released, this,
-                [this] { notThereYet(QStringLiteral("The My Music library")); });
+        connect(Button(QStringLiteral("cmdMyMusic")), &CPictureButton::Released, this, &frmMain::cmdMyMusic_Released);
         connect(Button(QStringLiteral("cmdRip")), &CPictureButton::Released, this, &frmMain::cmdRip_Released);
         connect(Button(QStringLiteral("cmdRecord")), &CPictureButton::Released, this, &frmMain::cmdRecord_Released);
         // Start and its label are the second press of Rec.
@@ -625,6 +625,67 @@ void frmMain::cmdOpen_Released()
     if (dialog.exec() == QDialog::Accepted && !dialog.selectedFiles().isEmpty())
         LoadSoundFile(dialog.selectedFiles().first());
     mbBusy = false;
+}
+
+void frmMain::cmdMyMusic_Released()
+{
+    QLabel* status = label("lblSoundFile");
+    try {
+        if (mbRecordMode)
+            StopRecordingNow(true);  // the take is thrown away
+        SetControlTag(status, status->text());
+        SetStatusText(QStringLiteral("Loading 'My Music'...."));
+        AudioEditor21->Stop();
+        mbPlaying = false;
+        SetMousePointer(vbHourglass);
+        QCoreApplication::processEvents();
+        QCoreApplication::processEvents();
+        if (mbRecordMode) {
+            mbRecordMode = false;
+            ApplyWindowMode();
+        }
+
+        auto myMusic = std::make_unique<frmMyMusic2>();
+        myMusic->Load();
+        SetMousePointer(vbDefault);
+        SetStatusText(ControlTag(status));
+        myMusic->Show(true);
+        mbBusy = true;
+        const QString chosen = myMusic->Tag;
+        if (!chosen.isEmpty() && chosen != QLatin1String("Q")) {
+            SetFormEnabled(this, false);
+            mintLoadStage = 1;
+            label("imgLoading")->show();
+            SetStatusText(QStringLiteral("Loading. Please wait (0% complete)"));
+            status->setEnabled(true);
+            QCoreApplication::processEvents();
+            LoadIntoEditor(chosen);
+            // The editor's failure has been shown; the old words stay as they were.
+            if (ControlTag(label("lblToneLength")) != QLatin1String("err")) {
+                SetStatusText(QFileInfo(chosen).fileName());
+                SetControlTag(status, chosen);
+                mstrCurrentFile = chosen;
+            } else {
+                SetStatusText(kSelectPrompt);
+            }
+            label("imgLoading")->hide();
+        }
+        // Unloaded whole, its controls at once: nothing of it is left to take the focus.
+        myMusic.reset();
+        mbBusy = false;
+        SetFormEnabled(this, true);
+        show();
+    } catch (const CError& e) {
+        label("imgLoading")->hide();
+        if (e.Description().toLower() == kFormatNotSupported.toLower()) {
+            auto dlg = MessageWindow(QStringLiteral("frmInvalidFileFormat"));
+            dlg->Load();
+            dlg->Show(true);
+            dlg->Unload();
+        } else {
+            MsgBox(e.Description());
+        }
+    }
 }
 
 void frmMain::cmdTrim_Released()

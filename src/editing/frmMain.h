@@ -92,6 +92,7 @@ private:
     ToneView view();
     void AudioEditor21_OnEditorProgress(int percent);
     void cmdOpen_Released();
+    void cmdMyMusic_Released();
     void cmdRecord_Released();
     void cmdRip_Released();
     void cmdTrim_Released();

@@ -23,6 +23,7 @@ void NCTAudioFileReader2::OpenFile(const QString& path, int, int)
         mDecoder.Open(path);
     } catch (const CError&) {
         mStatus = -1;
+        throw;
     }
 }
 

@@ -2,8 +2,9 @@
 // The player and the file reader. The reader decodes a sound file into
 // blocks of interleaved 16-bit samples; the player plays such blocks through
 // the default output of the sound server, asking for more as it goes.
-// Both report failures through Status (negative) rather than by throwing,
-// except ReadBlock, which throws CError when the file cannot be read on.
+// The player reports failures through Status (negative). The reader throws
+// CError when a file cannot be opened as sound (its Status is then negative
+// too) and when ReadBlock cannot read on.
 #include "platform/AudioDecoder.h"
 
 #include <QByteArray>

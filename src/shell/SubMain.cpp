@@ -14,7 +14,8 @@
 #include "shell/frmIntro.h"
 #include "shell/frmTitle.h"
 #include "shell/modShutdown.h"
-#include "skin/CDialog.h"
+#include "library/LibraryFile.h"
+#include "library/frmSearching4Music.h"
 #include "skin/frmGenericOKDialog.h"
 #include "skin/frmMessage.h"
 
@@ -63,18 +64,17 @@ PendingSignUp confirmPendingSignUp()
     return road ? road() : PendingSignUp::ValuesFailed;
 }
 
-void writeEmptyLibrary()
-{
-    QFile library(gstrMyMusicPath);
-    if (library.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Text))
-        library.write(kEmptyLibrary.toUtf8() + '\n');
-}
 }  // namespace
 
 StartRoads DefaultStartRoads()
 {
     StartRoads roads;
     roads.login = logIn;
+    roads.searchForMusic = [] {
+        frmSearching4Music search;
+        search.Show(true);
+        search.Unload();
+    };
     return roads;
 }
 
@@ -120,16 +120,10 @@ void EnsureMusicLibrary()
     auto ask = MessageWindow(QStringLiteral("frmConfirmSearch"));
     ask->Load();
     ask->Show(true);
-    const auto& search = startRoads().searchForMusic;
-    if (ask->Tag != QLatin1String("Q") && search) {
-        search();
-    } else {
-        if (ask->Tag != QLatin1String("Q"))
-            CDialog().Display(QStringLiteral("Searching your disks for music is not available in this version "
-                                             "of Quillotone yet. Your library starts empty for now."),
-                              true, nullptr);
-        writeEmptyLibrary();
-    }
+    if (ask->Tag == QLatin1String("Q"))
+        WriteLibraryLine(gstrMyMusicPath, kDeclinedEmptyLibrary);
+    else if (startRoads().searchForMusic)
+        startRoads().searchForMusic();
     ask->Unload();
 }
 

@@ -20,8 +20,9 @@ enum class PendingSignUp {
 
 // The windows that Sub Main and the intro lead to, one road each, so that
 // tests can stand in for them. The login is the real CLoginManager over the
-// main window. The other three have no window in this version yet: they are
-// empty, and each place that takes one says what happens without it.
+// main window, the music search frmSearching4Music. The other two have no
+// window in this version yet: they are empty, and each place that takes one
+// says what happens without it.
 struct StartRoads {
     // Logs in with the number shown first; blocks until the login window has gone.
     std::function<LoginResult(const QString& text)> login;
@@ -31,7 +32,6 @@ struct StartRoads {
     // Shows frmCheckPhoneEnabled without blocking. Empty: the intro says sign-up is not there yet.
     std::function<void()> showPhoneCheck;
     // Shows frmSearching4Music modally; the search writes the library.
-    // Empty: the library is written empty, as on a decline.
     std::function<void()> searchForMusic;
 };
 

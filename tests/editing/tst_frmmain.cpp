@@ -3,8 +3,8 @@
 #include "core/modCommon.h"
 #include "core/seams.h"
 #include "core/twips.h"
-#include "editing/CAudioPlayer.h"
 #include "cd/CDManager.h"
+#include "library/CAudioPlayer.h"
 #include "editing/frmMain.h"
 #include "editing/frmZoomEdit.h"
 #include "platform/AudioEditor2.h"
@@ -32,6 +32,7 @@
 #include <QSignalSpy>
 #include <QTest>
 #include <QTimer>
+#include <QTreeWidget>
 #include <memory>
 
 class tst_frmMain : public QObject {
@@ -626,6 +627,48 @@ private slots:
         QCOMPARE(answers.seen.first().text, QString("Execute 1,OK,https://127.0.0.1:8443/t/7.amr?"));
         QCOMPARE(QApplication::clipboard()->text(), ControlTag(last));
         QCOMPARE(ground->openedUrls.size(), opened ? 1 : 0);
+    }
+
+    // My Music hands a song to the editor through its Tag.
+    void myMusic_data()
+    {
+        QTest::addColumn<QString>("song");     // file in the library's folder; empty: the song of every test
+        QTest::addColumn<QString>("control");  // how the browser is left
+        QTest::addColumn<bool>("loaded");
+        QTest::addColumn<QString>("status");
+        QTest::addRow("a song is grabbed") << "" << "imgGrab" << true << "Some Song.mp3";
+        QTest::addRow("cancelled") << "" << "imgCancel" << false << "Select a sound file or rip a CD...";
+        QTest::addRow("closed by its close box") << "" << "lblClose" << false << "Select a sound file or rip a CD...";
+        QTest::addRow("a song that is no sound") << "letter.mp3" << "imgGrab" << false << "Select a sound file or rip a CD...";
+    }
+    void myMusic()
+    {
+        QFETCH(QString, song);
+        QFETCH(QString, control);
+        QFETCH(bool, loaded);
+        const QString folder = ground->root() + "/Album";
+        const QString chosen = folder + "/" + (song.isEmpty() ? QString("Some Song.mp3") : song);
+        QVERIFY(QDir().mkpath(folder));
+        QVERIFY(song.isEmpty() ? QFile::copy(this->song, chosen) : WriteFile(chosen, "Dear John, no song.\n"));
+        QVERIFY(WriteFile(gstrMyMusicPath, "<?xml version=\"1.0\"?><Quillotone><Folder Path=\"" + folder.toUtf8() +
+                                               "\"/></Quillotone>"));
+        DialogAnswerer answers;
+        answers.answer("frmMyMusic2", [control](QWidget* window) {
+            auto* folders = window->findChild<QTreeWidget*>("tvwFolders");
+            QTest::mouseClick(folders->viewport(), Qt::LeftButton, {},
+                              folders->visualItemRect(folders->topLevelItem(0)->child(0)).center());
+            auto* songs = window->findChild<QTreeWidget*>("lvwTracks");
+            songs->setCurrentItem(songs->topLevelItem(0));
+            QTest::mouseClick(window->findChild<QWidget*>(control), Qt::LeftButton);
+        });
+        if (!song.isEmpty())
+            answers.answer("frmInvalidFileFormat", "imgOK");
+        release("cmdMyMusic");
+        QVERIFY2(answers.finishedCleanly(), qPrintable(answers.problems()));
+        QCOMPARE(form->mstrCurrentFile, loaded ? chosen : QString());
+        QTEST(text("lblSoundFile"), "status");
+        QCOMPARE(text("lblSongLength"), QString(loaded ? "0m 10s" : "00m 00s"));
+        QVERIFY(form->isEnabled() && form->Button("cmdOpen")->isEnabled() && !form->mbBusy);
     }
 
     void signOutActsOnReleaseWhereverTheMouseWent()

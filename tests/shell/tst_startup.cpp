@@ -5,6 +5,7 @@
 #include "core/modStartup.h"
 #include "core/seams.h"
 #include "service/frmLogin.h"
+#include "library/LibraryFile.h"
 #include "shell/SubMain.h"
 #include "shell/frmIntro.h"
 #include "shell/frmTitle.h"
@@ -19,6 +20,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDir>
+#include <QDomDocument>
 #include <QFile>
 #include <QLineEdit>
 #include <QProcess>
@@ -226,7 +228,7 @@ private slots:
         QVERIFY(!ends([] { SubMain(); }));
         QVERIFY2(answerer.finishedCleanly(), qPrintable(answerer.problems()));
         QCOMPARE(gbUseTunnel, useTunnel == "1");
-        QCOMPARE(readFile(gstrMyMusicPath), kEmptyLibrary + "\n");
+        QCOMPARE(readFile(gstrMyMusicPath), kDeclinedEmptyLibrary + "\n");
         QTEST(ground->openedUrls, "opened");
         // The window is usable again after the library question.
         QVERIFY(main->isVisible());
@@ -239,48 +241,47 @@ private slots:
     {
         QTest::addColumn<bool>("exists");
         QTest::addColumn<QString>("answer");
-        QTest::addColumn<bool>("withSearch");
-        QTest::addColumn<bool>("searched");
-        QTest::addColumn<bool>("emptyWritten");
-        QTest::addRow("declined") << false << "imgCancel" << true << false << true;
-        QTest::addRow("accepted, search runs") << false << "imgOK" << true << true << false;
-        QTest::addRow("accepted, no disk search yet") << false << "imgOK" << false << false << true;
-        QTest::addRow("library already there") << true << "" << true << false << false;
+        QTest::addColumn<QStringList>("library");  // the Path of each Folder after; "empty": the decline's line
+        QTest::addRow("declined") << false << "imgCancel" << QStringList{"empty"};
+        QTest::addRow("accepted: the search writes the library") << false << "imgOK" << QStringList{"Album"};
+        QTest::addRow("library already there") << true << "" << QStringList{"/kept"};
     }
     void ensureMusicLibrary()
     {
         QFETCH(bool, exists);
         QFETCH(QString, answer);
-        QFETCH(bool, withSearch);
-        QFETCH(bool, emptyWritten);
+        QFETCH(QStringList, library);
         InitApplication();
+        // The desktop's music folder, with one song.
+        const QString music = ground->root() + "/Music";
+        QVERIFY(WriteFile(music + "/Album/a.mp3", "x"));
+        QVERIFY(WriteFile(ground->root() + "/config/user-dirs.dirs", "XDG_MUSIC_DIR=\"" + music.toUtf8() + "\"\n"));
+        qputenv("XDG_CONFIG_HOME", (ground->root() + "/config").toUtf8());
         if (exists)
-            QVERIFY(WriteFile(gstrMyMusicPath, "<Quillotone><Folder/></Quillotone>"));
-        bool ran = false;
-        if (withSearch)
-            startRoads().searchForMusic = [&] { ran = true; };
+            QVERIFY(WriteFile(gstrMyMusicPath, "<Quillotone><Folder Path=\"/kept\"/></Quillotone>"));
+        startRoads().searchForMusic = DefaultStartRoads().searchForMusic;
         DialogAnswerer answerer;
         if (!answer.isEmpty())
             answerer.answer("frmConfirmSearch", answer);
-        // A yes with no disk search built in says so before the empty library is written.
-        if (answer == "imgOK" && !withSearch)
-            answerer.answer("frmGenericOKDialog", "Enter");
+        if (answer == "imgOK")
+            answerer.answer("frmSearching4Music", [](QWidget*) {});  // it ends by itself
 
         EnsureMusicLibrary();
         QVERIFY2(answerer.finishedCleanly(), qPrintable(answerer.problems()));
-        QTEST(ran, "searched");
-        if (emptyWritten)
-            QCOMPARE(readFile(gstrMyMusicPath), QString("<?xml version=\"1.0\" ?><Quillotone></Quillotone>\n"));
-        else if (exists)
-            QCOMPARE(readFile(gstrMyMusicPath), QString("<Quillotone><Folder/></Quillotone>"));
-        else
-            QVERIFY(!QFile::exists(gstrMyMusicPath));
-        // Once written, the question is not asked again.
-        if (emptyWritten) {
-            DialogAnswerer again;
-            EnsureMusicLibrary();
-            QVERIFY(again.unexpected.isEmpty());
+        if (library == QStringList{"empty"}) {
+            QCOMPARE(readFile(gstrMyMusicPath), kDeclinedEmptyLibrary + "\n");
+        } else {
+            QDomDocument doc;
+            QVERIFY(doc.setContent(ReadFile(gstrMyMusicPath)));
+            QStringList paths;
+            for (QDomElement e = doc.documentElement().firstChildElement(); !e.isNull(); e = e.nextSiblingElement())
+                paths << e.attribute("Path").replace(music + "/", "");
+            QCOMPARE(paths, library);
         }
+        // Once written, the question is not asked again.
+        DialogAnswerer again;
+        EnsureMusicLibrary();
+        QVERIFY(again.unexpected.isEmpty());
     }
 
     void initApplication_isSafeToRepeat()

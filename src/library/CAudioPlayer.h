@@ -2,6 +2,7 @@
 // Plays a sound file by streaming it in blocks of four seconds into the
 // player; used for previews outside the editor. Feeding happens only in
 // reply to the player's events, so the block size keeps it from running dry.
+// A file that cannot be opened as sound shows frmInvalidFileFormat.
 #include "platform/NCTAudioPlayer2.h"
 
 #include <QObject>

@@ -1,4 +1,4 @@
-#include "editing/CAudioPlayer.h"
+#include "library/CAudioPlayer.h"
 #include "support/Files.h"
 #include "support/SoundFiles.h"
 #include "support/SoundTestCase.h"
@@ -71,7 +71,8 @@ private slots:
         player.StopPlaying();
     }
 
-    void silentCases_data()
+    // A song that cannot be opened for listening says so, and nothing plays.
+    void unopenable_saysSo_data()
     {
         QTest::addColumn<QByteArray>("content");
         QTest::addColumn<bool>("exists");
@@ -79,7 +80,7 @@ private slots:
         QTest::addRow("not a sound") << QByteArray("hello, phone\n").repeated(40) << true;
         QTest::addRow("zero length") << QByteArray() << true;
     }
-    void silentCases()
+    void unopenable_saysSo()
     {
         QFETCH(QByteArray, content);
         QFETCH(bool, exists);
@@ -89,8 +90,10 @@ private slots:
         CAudioPlayer player;
         player.StopPlaying();  // nothing playing: harmless
         player.LoadFile(path);
+        answerer->answer("frmInvalidFileFormat", "imgOK");
         player.StartPlaying();
         QVERIFY(!player.IsPlaying());
+        QVERIFY2(answerer->finishedCleanly(), qPrintable(answerer->problems()));
     }
 };
 

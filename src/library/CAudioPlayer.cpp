@@ -1,6 +1,7 @@
-#include "editing/CAudioPlayer.h"
+#include "library/CAudioPlayer.h"
 
 #include "core/CError.h"
+#include "skin/frmMessage.h"
 
 #include <cmath>
 
@@ -22,20 +23,27 @@ void CAudioPlayer::LoadFile(const QString& FileName) { mstrFile = FileName; }
 
 void CAudioPlayer::StartPlaying()
 {
-    if (mbPlaying)
-        StopPlaying();
-    mobjAudioFile->OpenFile(mstrFile, 0, 1);
-    if (mobjAudioFile->Status() < 0 || mobjAudioFile->HasAudio() == 0)
-        return;
-    mobjAudioPlayer->SetFormat(mobjAudioFile->SampleRate(), mobjAudioFile->Channels());
-    mlngBlockBytes = mobjAudioPlayer->BytesForMilliseconds(kBlockMilliseconds);
-    mobjAudioPlayer->StartArrayPlay();
-    if (mobjAudioPlayer->Status() < 0) {
-        mobjAudioFile->CloseFile();
-        return;
+    try {
+        if (mbPlaying)
+            StopPlaying();
+        mobjAudioFile->OpenFile(mstrFile, 0, 1);
+        if (mobjAudioFile->Status() < 0 || mobjAudioFile->HasAudio() == 0)
+            return;
+        mobjAudioPlayer->SetFormat(mobjAudioFile->SampleRate(), mobjAudioFile->Channels());
+        mlngBlockBytes = mobjAudioPlayer->BytesForMilliseconds(kBlockMilliseconds);
+        mobjAudioPlayer->StartArrayPlay();
+        if (mobjAudioPlayer->Status() < 0) {
+            mobjAudioFile->CloseFile();
+            return;
+        }
+        mbPlaying = true;
+        feed();
+    } catch (const CError&) {
+        auto dlg = MessageWindow(QStringLiteral("frmInvalidFileFormat"));
+        dlg->Load();
+        dlg->Show(true);
+        dlg->Unload();
     }
-    mbPlaying = true;
-    feed();
 }
 
 void CAudioPlayer::feed()
