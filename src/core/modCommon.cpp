@@ -300,3 +300,10 @@ bool IsEvenNumber(int32_t n)
 {
     return n % 2 <= 0;
 }
+
+bool IsNumeric(const QString& text)
+{
+    bool ok = false;
+    text.trimmed().toDouble(&ok);
+    return ok;
+}

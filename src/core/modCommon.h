@@ -54,3 +54,6 @@ QString BuildAccountQuery();
 QString CreateUniqueName();
 QString GuidToBracedString(const QUuid& guid);
 bool IsEvenNumber(int32_t n);
+// Text that reads as a number: digits with an optional sign, point and
+// exponent, blanks around allowed; empty text is not a number.
+bool IsNumeric(const QString& text);

@@ -31,18 +31,6 @@ constexpr int kUploadPasses = 6;
 const QString kSent = QStringLiteral("Message Sent! Thanks for Quillo Tonin!");
 const QString kReady = QStringLiteral("Ready.");
 
-// Shows a window of the catalogue modally and gives back its Tag.
-QString ask(const QString& name)
-{
-    auto window = MessageWindow(name);
-    window->Load();
-    PrepareDialog(window.get());
-    window->Show(true);
-    const QString tag = window->Tag;
-    window->Unload();
-    return tag;
-}
-
 bool tunnelSetting()
 {
     return GetAppSetting(QStringLiteral("UseTunnel"), kSettings) == QLatin1String("1");
@@ -84,7 +72,7 @@ void frmMain::SendTone()
         const QString savedCaption = status->text();
 
         if (mstrCurrentFile.isEmpty()) {
-            ask(QStringLiteral("frmNoToneSelected"));
+            ShowMessageWindow(QStringLiteral("frmNoToneSelected"));
             SetFormEnabled(this, true);
             return;
         }
@@ -101,7 +89,7 @@ void frmMain::SendTone()
         } else {
             length = AudioEditor21->SelectionEnd() - AudioEditor21->SelectionStart();
             if (length == 0) {
-                ask(QStringLiteral("frmToneNotTrimmed"));
+                ShowMessageWindow(QStringLiteral("frmToneNotTrimmed"));
                 SetFormEnabled(this, true);
                 return;
             }
@@ -120,8 +108,8 @@ void frmMain::SendTone()
                 bool deletedPending = false;
                 if (tunnelSetting())
                     openHelper();
-                if (ask(QStringLiteral("frmTonePending")) == QLatin1String("Q") &&
-                    ask(QStringLiteral("frmConfirmDeleteTone")) != QLatin1String("Q")) {
+                if (ShowMessageWindow(QStringLiteral("frmTonePending")) == QLatin1String("Q") &&
+                    ShowMessageWindow(QStringLiteral("frmConfirmDeleteTone")) != QLatin1String("Q")) {
                     queue.DeleteQueuedTone();
                     deletedPending = true;
                     SetFormEnabled(this, true);
@@ -171,7 +159,7 @@ void frmMain::SendTone()
         }
         dialog.HideForm();
 
-        const QString consent = ask(gintFreeQuills < 1 ? QStringLiteral("frmCharged") : QStringLiteral("frmAboutToUseFreeQuill"));
+        const QString consent = ShowMessageWindow(gintFreeQuills < 1 ? QStringLiteral("frmCharged") : QStringLiteral("frmAboutToUseFreeQuill"));
         if (consent == QLatin1String("Q")) {
             SetStatusText(savedCaption);
             SetFormEnabled(this, true);
@@ -203,7 +191,7 @@ void frmMain::sendByTunnel(CDialog& dialog, const QString& contentType, const QS
     forceDelete(toneFile);
     openHelper();
     dialog.HideForm();
-    ask(QStringLiteral("frmSent"));
+    ShowMessageWindow(QStringLiteral("frmSent"));
     QFont font = label("lblSoundFile")->font();
     font.setBold(false);
     label("lblSoundFile")->setFont(font);
@@ -252,7 +240,7 @@ void frmMain::sendDirect(CDialog& dialog, const QString& contentType, const QStr
     forceDelete(toneFile);
     if (tunnelSetting())
         openHelper();
-    ask(QStringLiteral("frmSent"));
+    ShowMessageWindow(QStringLiteral("frmSent"));
     QFont font = label("lblSoundFile")->font();
     font.setBold(false);
     label("lblSoundFile")->setFont(font);

@@ -15,6 +15,7 @@
 #include "platform/AudioEditor2.h"
 #include "platform/NCTAmpBar2.h"
 #include "platform/NCTSliderB2.h"
+#include "service/CFreeQuills.h"
 #include "skin/CClickLabel.h"
 #include "skin/CDialog.h"
 #include "skin/CPictureButton.h"
@@ -250,8 +251,10 @@ void frmMain::Form_Load()
                 [this] { notThereYet(QStringLiteral("Ripping from a CD")); });
         connect(Button(QStringLiteral("cmdRecord")), &CPictureButton::Released, this,
                 [this] { notThereYet(QStringLiteral("Recording from the sound card")); });
-        connect(hotSpot("lblFreeQuills"), &CClickLabel::Click, this,
-                [this] { notThereYet(QStringLiteral("Referring friends for free quills")); });
+        connect(hotSpot("lblFreeQuills"), &CClickLabel::Click, this, [this] {
+            CFreeQuills().Start();
+            show();
+        });
         connect(hotSpot("lblClose"), &CClickLabel::Click, this, [this] { QuitFromMainWindow(this); });
         connect(hotSpot("cmdSignOut"), &CClickLabel::Click, this, [] { SignOutAndLeave(); });
         connect(hotSpot("lblMinimize"), &CClickLabel::Click, this, [this] { MinimiseToTaskbar(this); });

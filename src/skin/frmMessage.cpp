@@ -71,6 +71,19 @@ std::unique_ptr<frmMessage> MessageWindow(const QString& name)
     return nullptr;
 }
 
+QString ShowMessageWindow(const QString& name)
+{
+    auto window = MessageWindow(name);
+    window->Load();
+    // Its own load centred it; preparing again keeps the screen-centred ones there.
+    if (!window->Row().centredOnScreen)
+        PrepareDialog(window.get());
+    window->Show(true);
+    const QString tag = window->Tag;
+    window->Unload();
+    return tag;
+}
+
 QStringList MessageWindowNames()
 {
     QStringList names;

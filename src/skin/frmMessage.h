@@ -59,3 +59,7 @@ private:
 
 // A new, unloaded window of the catalogue; null for a name it does not hold.
 std::unique_ptr<frmMessage> MessageWindow(const QString& name);
+
+// Loads a window of the catalogue, prepares it, shows it modally, unloads it
+// and gives back its Tag.
+QString ShowMessageWindow(const QString& name);
