@@ -4,6 +4,7 @@
 #include "core/seams.h"
 #include "editing/frmMain.h"
 #include "service/CLoginManager.h"
+#include "service/CSignUpManager.h"
 
 #include <QApplication>
 #include <QTimer>
@@ -19,6 +20,7 @@ int main(int argc, char** argv)
         return static_cast<QWidget*>(&form);
     };
     RegisterLogin();
+    RegisterSignUp();
     QTimer::singleShot(0, &app, [] {
         SubMain();
         // A road that opened no window leaves nothing to wait for.

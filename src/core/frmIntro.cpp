@@ -5,9 +5,7 @@
 #include "core/modCommon.h"
 #include "core/modShutdown.h"
 #include "core/seams.h"
-#include "skin/CDialog.h"
 #include "skin/CPictureButton.h"
-#include "skin/frmGenericOKDialog.h"
 #include "skin/SkinStyle.h"
 
 #include <QPointer>
@@ -52,12 +50,8 @@ void frmIntro::imgClose_Released()
 void frmIntro::imgOK_Released()
 {
     const auto& showPhoneCheck = startupParts().showPhoneCheck;
-    if (!showPhoneCheck) {
-        CDialog().Display(QStringLiteral("Signing up from Quillotone is not available in this version yet. "
-                                         "Sign in with an account you already have."),
-                          true, this);
+    if (!showPhoneCheck)
         return;
-    }
     showPhoneCheck();
     Hide();
 }

@@ -8,6 +8,9 @@
 #include <memory>
 
 class frmCheckPhoneEnabled;
+
+// Makes the intro's sign-up and Sub Main's pending confirmation this road's.
+void RegisterSignUp();
 class frmSignup1;
 class frmSignup2;
 
