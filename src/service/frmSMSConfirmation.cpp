@@ -17,7 +17,7 @@ void frmSMSConfirmation::Form_Load()
     desc.name = objectName();
     desc.size = QSize(420, 320);
     desc.heading = QStringLiteral("Check your phone");
-    desc.body = QStringLiteral("We've sent a text message with a four-digit code to");
+    desc.body = QStringLiteral("We've texted a four-digit code to");
     desc.bodyRect = QRect(28, 80, 364, 60);
     desc.labels = {
         {QStringLiteral("lblPhoneNumber"), QRect(28, 136, 364, 24), LabelKind::Text, {}, 12, true},

@@ -108,10 +108,10 @@ void frmSignup1::Form_Load()
 {
     SkinWindowDesc desc;
     desc.name = objectName();
-    desc.size = QSize(520, 500);
+    desc.size = QSize(520, 512);
     desc.heading = QStringLiteral("A little about you");
     desc.body = QStringLiteral("Just a few details and your first tones are on their way.");
-    desc.bodyRect = QRect(28, 80, 464, 34);
+    desc.bodyRect = QRect(28, 78, 464, 48);
     desc.closeMark = true;
     desc.minimizeMark = true;
     desc.talkingToServer = true;
@@ -132,14 +132,14 @@ void frmSignup1::Form_Load()
                             {"txtEmailAddress", "Email address", 0, 3, false}};
     for (const Field& f : fields) {
         const int x = 28 + f.column * 244;
-        const int y = 120 + f.row * 54;
+        const int y = 132 + f.row * 54;
         const int width = f.row == 3 ? 464 : 220;
         desc.labels.append({QStringLiteral("lbl") + QString::fromLatin1(f.name).mid(3), QRect(x, y, width, 18),
                             LabelKind::Text, QString::fromLatin1(f.caption), 9.5, false,
                             int(Qt::AlignLeft | Qt::AlignVCenter)});
         desc.textBoxes.append({QString::fromLatin1(f.name), QRect(x, y + 20, width, 28), false, false, f.digits});
     }
-    desc.labels.append({QStringLiteral("lblGender"), QRect(28, 342, 100, 20), LabelKind::Text,
+    desc.labels.append({QStringLiteral("lblGender"), QRect(28, 354, 100, 20), LabelKind::Text,
                         QStringLiteral("I'm a"), 10, false, int(Qt::AlignLeft | Qt::AlignVCenter)});
     Build(desc);
 
@@ -156,11 +156,11 @@ void frmSignup1::Form_Load()
         box->installEventFilter(this);
 
     lblGuy = MakeTick(this, QStringLiteral("guy"), QStringLiteral("lblGuy"), QStringLiteral("imgGuyChecked"),
-                      QPoint(90, 342), 90);
+                      QPoint(90, 354), 90);
     lblGal = MakeTick(this, QStringLiteral("gal"), QStringLiteral("lblGal"), QStringLiteral("imgGalChecked"),
-                      QPoint(190, 342), 90);
+                      QPoint(190, 354), 90);
     lblUpToDate = MakeTick(this, QStringLiteral("Keep me up to date with new features and offers"),
-                           QStringLiteral("lblUpToDate"), QStringLiteral("imgUpToDateChecked"), QPoint(28, 374), 464);
+                           QStringLiteral("lblUpToDate"), QStringLiteral("imgUpToDateChecked"), QPoint(28, 386), 464);
     imgGuyChecked = findChild<CClickLabel*>(QStringLiteral("imgGuyChecked"));
     imgGalChecked = findChild<CClickLabel*>(QStringLiteral("imgGalChecked"));
     imgUpToDateChecked = findChild<CClickLabel*>(QStringLiteral("imgUpToDateChecked"));
