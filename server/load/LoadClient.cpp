@@ -3,6 +3,8 @@
 //   requests=N failed=F seconds=S rate=R p50_ms=X p99_ms=Y
 // usage: quillotone-service-load URL CA_FILE login|upload MOBILE PASSWORD CONNECTIONS SECONDS
 // An upload sends a 150 KB tone the way the program does.
+#include "wire/ToneUpload.h"
+
 #include <httplib.h>
 #include <algorithm>
 #include <atomic>
@@ -15,7 +17,7 @@
 
 namespace {
 constexpr size_t kToneBytes = 150000;
-constexpr size_t kFieldChars = 32760;
+constexpr size_t kFieldChars = wire::kToneFieldChars;
 
 std::string UploadBody(const std::string& mobile, const std::string& password)
 {

@@ -5,6 +5,7 @@
 #include "service/CHTTPCall.h"
 #include "service/frmActivationCode.h"
 #include "skin/frmMessage.h"
+#include "wire/Pages.h"
 
 #include <QLabel>
 #include <QLineEdit>
@@ -26,7 +27,7 @@ void CActivationCode::ShowPicture()
 void CActivationCode::FetchCode()
 {
     mstrCode = CreateUniqueName().left(kCodeLength).toUpper();
-    CHTTPCall().SendHTTP(seams().serviceBaseUrl + QStringLiteral("qtc/JpegImage.aspx?") + mstrCode, true, QString(),
+    CHTTPCall().SendHTTP(seams().serviceBaseUrl + QLatin1String(wire::kCodePicture) + QLatin1Char('?') + mstrCode, true, QString(),
                          mstrImagePath, kServiceTimeOut);
     mfrm->Tag = mstrCode;
     ShowPicture();

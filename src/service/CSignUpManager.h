@@ -5,19 +5,21 @@
 // the three windows for the run, so that each can reach the others; it
 // reports how the road ends, and the program's start-up picks what follows.
 #include <QObject>
+#include <QString>
+#include <functional>
 #include <memory>
 
 class frmCheckPhoneEnabled;
-
-// Makes the intro's sign-up and Sub Main's pending confirmation this road's.
-void RegisterSignUp();
 class frmSignup1;
 class frmSignup2;
 
 class CSignUpManager : public QObject {
     Q_OBJECT
 public:
-    CSignUpManager();
+    // How the new customer's first login runs: it shows the login window with
+    // the number, blocks until it has gone and says whether it logged in.
+    using LogIn = std::function<bool(const QString& DefaultNumber)>;
+    explicit CSignUpManager(LogIn logIn);
     ~CSignUpManager() override;
 
     // Shows frmCheckPhoneEnabled without blocking.
@@ -29,12 +31,17 @@ public:
 
     // The phone details went forward: a fresh frmSignup1, filled from the settings.
     void ShowPersonalDetails();
+    // The first login of the new customer; true if it logged in.
+    bool FirstLogin(const QString& DefaultNumber) { return mLogIn(DefaultNumber); }
+    // The close mark of a sign-up window: asks, and ends the program unless the user stays.
+    void LeaveIfConfirmed();
 
 signals:
     // The new customer is confirmed and logged in: the main window is next.
     void SignedUp();
 
 private:
+    LogIn mLogIn;
     std::unique_ptr<frmCheckPhoneEnabled> mfrmCheckPhoneEnabled;
     std::unique_ptr<frmSignup2> mfrmSignup2;
     std::unique_ptr<frmSignup1> mfrmSignup1;

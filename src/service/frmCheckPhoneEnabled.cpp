@@ -1,7 +1,6 @@
 #include "service/frmCheckPhoneEnabled.h"
 
 #include "core/modCommon.h"
-#include "core/modShutdown.h"
 #include "core/seams.h"
 #include "service/CSignUpManager.h"
 #include "service/frmSignup2.h"
@@ -9,6 +8,7 @@
 #include "skin/CPictureButton.h"
 #include "skin/SkinStyle.h"
 #include "skin/frmMessage.h"
+#include "wire/Pages.h"
 
 #include <QCoreApplication>
 
@@ -83,7 +83,7 @@ void frmCheckPhoneEnabled::Form_Load()
     connect(imgOK, &CPictureButton::Released, this, [this] { Run([this] { imgOK_MouseUp(); }); });
     connect(Image1, &CPictureButton::Released, this, [this] { Run([this] { Image1_Click(); }); });
     connect(static_cast<CClickLabel*>(lblClickHere), &CClickLabel::Click, this,
-            [] { OpenInBrowser(seams().serviceBaseUrl + QStringLiteral("help.asp")); });
+            [] { OpenInBrowser(seams().serviceBaseUrl + QLatin1String(wire::kHelp)); });
 
     SetLayeredColourKey(this, kColourKeyBlue, 100, LWA_COLORKEY);
     CenterOnScreen(this);
@@ -133,6 +133,5 @@ void frmCheckPhoneEnabled::imgOK_MouseUp()
 
 void frmCheckPhoneEnabled::Image1_Click()
 {
-    if (ConfirmExit())
-        EndProgramNow(0);
+    mRoad.LeaveIfConfirmed();
 }

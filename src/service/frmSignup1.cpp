@@ -5,10 +5,8 @@
 #include "core/globals.h"
 #include "core/modCommon.h"
 #include "core/modEncryption.h"
-#include "core/modShutdown.h"
 #include "service/CActivationCode.h"
 #include "service/CHTTPCall.h"
-#include "service/CLoginManager.h"
 #include "service/CSignUpManager.h"
 #include "service/PendingSignUp.h"
 #include "service/frmSMSConfirmation.h"
@@ -371,9 +369,7 @@ void frmSignup1::CreateSubmit()
     DeleteAppSetting(QStringLiteral("t2nuc"), kSettings);
 
     Hide();
-    CLoginManager login;
-    login.Login(txtMobileNumber->text());
-    if (!login.LoggedIn())
+    if (!mRoad.FirstLogin(txtMobileNumber->text()))
         EndProgramNow(0);
     DeleteAppSetting(QStringLiteral("t1nuc"), kSettings);
     DeleteAppSetting(QStringLiteral("t2nuc"), kSettings);
@@ -418,6 +414,5 @@ void frmSignup1::ConfirmMobileNumber(const QString& code, const QString& custome
 
 void frmSignup1::lblClose_Click()
 {
-    if (ConfirmExit())
-        EndProgramNow(0);
+    mRoad.LeaveIfConfirmed();
 }

@@ -3,7 +3,6 @@
 #include "core/CError.h"
 #include "core/globals.h"
 #include "core/modCommon.h"
-#include "core/modShutdown.h"
 #include "core/numbers.h"
 #include "service/CHTTPCall.h"
 #include "service/CSignUpManager.h"
@@ -275,6 +274,5 @@ void frmSignup2::imgBack_Released()
 
 void frmSignup2::lblClose_Click()
 {
-    if (ConfirmExit())
-        EndProgramNow(0);
+    mRoad.LeaveIfConfirmed();
 }

@@ -4,12 +4,10 @@
 // start; referrals. Failures: every check of the form, a service that is
 // gone at each step, a broken code in the reply, stored values that no
 // longer decipher.
-#include "core/StartupParts.h"
-#include "core/frmIntro.h"
+#include "core/MainWindow.h"
 #include "core/globals.h"
 #include "core/modCommon.h"
 #include "core/modEncryption.h"
-#include "core/modStartup.h"
 #include "core/seams.h"
 #include "service/CActivationCode.h"
 #include "service/CLoginManager.h"
@@ -37,14 +35,11 @@
 #include <QSslKey>
 #include <QSslServer>
 #include <QSslSocket>
-#include <QTemporaryDir>
 #include <QTest>
 #include <memory>
 
 namespace {
 using Step = DialogAnswerer::Step;
-// Outlives the instance lock taken in it, which is released at the very end.
-QTemporaryDir runtime;
 
 void Click(QWidget* control)
 {
@@ -208,9 +203,6 @@ private slots:
     void initTestCase()
     {
         QuietOffscreenPlugin();
-        // The instance lock of the start lives in the user's runtime folder; ours is private to the test.
-        QVERIFY(runtime.isValid());
-        qputenv("XDG_RUNTIME_DIR", runtime.path().toLocal8Bit());
         service = std::make_unique<ServiceFixture>();
         QVERIFY(service->running());
     }
@@ -219,9 +211,7 @@ private slots:
     {
         ground = std::make_unique<TestGround>();
         service->aimSeams();
-        InitMachineKey();
-        RegisterLogin();
-        RegisterSignUp();
+        gstrMachineKey = QStringLiteral("0123456789ABCDEF");
         // A stand-in main window with the two controls login touches.
         mainWindow = std::make_unique<QWidget>();
         mainWindow->resize(800, 600);
@@ -229,15 +219,18 @@ private slots:
         mainWindow->findChild<QLabel*>()->setObjectName(QStringLiteral("lblFreeQuillCount"));
         auto* backdrop = new QWidget(mainWindow.get());
         backdrop->setObjectName(QStringLiteral("picLoginBackground"));
-        seams().mainWindow = [this] { return mainWindow.get(); };
-        road = std::make_unique<CSignUpManager>();
+        SetMainWindow([this] { return mainWindow.get(); });
+        road = std::make_unique<CSignUpManager>([](const QString& number) {
+            CLoginManager login;
+            login.Login(number);
+            return login.LoggedIn();
+        });
         connect(road.get(), &CSignUpManager::SignedUp, mainWindow.get(), &QWidget::show);
     }
     void cleanup()
     {
         road.reset();
-        DropStartupWindows();
-        startupParts() = {};
+        SetMainWindow(nullptr);
         mainWindow.reset();
         ground.reset();
     }
@@ -262,16 +255,13 @@ private slots:
         QCOMPARE(list.currentIndex(), -1);
     }
 
-    // From the first start's intro to the main window: the phone question in
-    // its three answers, the lists with Australia chosen, a wrong picture code
-    // and then the right one, the SMS code from the phone, the first login.
+    // From the phone question to the main window: the question in its three
+    // answers, the lists with Australia chosen, a wrong picture code and then
+    // the right one, the SMS code from the phone, the first login.
     void freshInstallSignsUpAndLogsIn()
     {
         const QString mobile = NewMobile();
-        SubMain();
-        QVERIFY(Shown<QWidget>("frmIntro") && !mainWindow->isVisible());
-        Click(IntroWindow().Button("imgOK"));
-        QVERIFY(!Shown<QWidget>("frmIntro"));
+        road->BeginSignUp();
         QVERIFY(Shown<frmCheckPhoneEnabled>("frmCheckPhoneEnabled"));
         frmCheckPhoneEnabled& check = *Shown<frmCheckPhoneEnabled>("frmCheckPhoneEnabled");
         DialogAnswerer script;
@@ -359,27 +349,21 @@ private slots:
         QCOMPARE(GetAppSetting("FirstName", kSettings), QString("Kim"));
         QCOMPARE(Decrypt(GetAppSetting("Password", kSettings), gstrMachineKey), ann.password);
 
-        // The next start: the code, the login, the main window; the library question of a returning user.
+        // The next start asks for the same code.
         SaveAppSetting("LastPhoneNumber", mobile, kSettings);
         DialogAnswerer restart;
         QString shownNumber;
-        restart
-            .answer("frmSMSConfirmation",
-                    [&](QWidget* w) {
-                        shownNumber = static_cast<frmSMSConfirmation*>(w)->lblPhoneNumber->text();
-                        TypeSmsCode(*service, mobile)(w);
-                    })
-            .answer("frmLogin", SignIn(mobile, ann.password))
-            .answer("frmAnnouncements", "imgOK")
-            .answer("frmConfirmSearch", "imgCancel");
-        SubMain();
+        restart.answer("frmSMSConfirmation", [&](QWidget* w) {
+            shownNumber = static_cast<frmSMSConfirmation*>(w)->lblPhoneNumber->text();
+            TypeSmsCode(*service, mobile)(w);
+        });
+        QCOMPARE(ConfirmPendingSignUp(), PendingSignUpOutcome::Confirmed);
         QVERIFY2(restart.finishedCleanly(), qPrintable(restart.problems()));
         QCOMPARE(shownNumber, mobile);
-        QVERIFY(mainWindow->isVisible() && !Shown<QWidget>("frmIntro"));
-        QCOMPARE(gstrMobileNumber, mobile);
         QCOMPARE(GetAppSetting("DID", kSettings), QString("1"));
         QVERIFY(GetAppSetting("t1nuc", kSettings).isEmpty() && GetAppSetting("t2nuc", kSettings).isEmpty());
-        QCOMPARE(ground->endCodes, QList<int>{0});
+        QCOMPARE(service->get("Login.asp?MobileNumber=" + mobile + "&Password=secret1&Origin=0").body.left(2),
+                 QByteArray("1,"));
     }
 
     // Every check of the form, in its order, with the message and where the focus goes.

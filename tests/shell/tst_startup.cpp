@@ -1,22 +1,27 @@
-#include "core/StartupParts.h"
-#include "core/frmIntro.h"
-#include "core/frmTitle.h"
+#include "core/MainWindow.h"
 #include "core/globals.h"
 #include "core/modCommon.h"
+#include "core/modEncryption.h"
 #include "core/modKillProcess.h"
-#include "core/modShutdown.h"
 #include "core/modStartup.h"
 #include "core/seams.h"
+#include "service/frmLogin.h"
+#include "shell/SubMain.h"
+#include "shell/frmIntro.h"
+#include "shell/frmTitle.h"
+#include "shell/modShutdown.h"
 #include "skin/CPictureButton.h"
 #include "support/DialogAnswerer.h"
 #include "support/Files.h"
 #include "support/QuietOffscreen.h"
+#include "support/ServiceFixture.h"
 #include "support/TestGround.h"
 
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDir>
 #include <QFile>
+#include <QLineEdit>
 #include <QProcess>
 #include <QScreen>
 #include <QSettings>
@@ -81,7 +86,7 @@ class tst_Startup : public QObject {
 
     void useMainWindow()
     {
-        seams().mainWindow = [this] {
+        SetMainWindow([this] {
             if (!main) {
                 ++mainLoads;
                 main = std::make_unique<QWidget>();
@@ -89,7 +94,7 @@ class tst_Startup : public QObject {
                 main->setGeometry(100, 100, 640, 480);
             }
             return main.get();
-        };
+        });
     }
 
 private slots:
@@ -108,8 +113,8 @@ private slots:
         mainLoads = 0;
         loginCalls.clear();
         loginAnswer = {};
-        startupParts() = {};
-        startupParts().login = [this](const QString& text) {
+        startRoads() = {};
+        startRoads().login = [this](const QString& text) {
             loginCalls << text;
             return loginAnswer;
         };
@@ -120,7 +125,7 @@ private slots:
     {
         DropStartupWindows();
         main.reset();
-        startupParts() = {};
+        startRoads() = DefaultStartRoads();
         ground.reset();
     }
 
@@ -146,7 +151,7 @@ private slots:
         if (!did.isEmpty())
             SaveAppSetting("DID", did, kSettings);
         int confirmations = 0;
-        startupParts().confirmPendingSignUp = [&] {
+        startRoads().confirmPendingSignUp = [&] {
             ++confirmations;
             return PendingSignUp::Confirmed;
         };
@@ -183,7 +188,7 @@ private slots:
         QFETCH(int, outcome);
         QFETCH(bool, ended);
         SaveAppSetting("t1nuc", "99", kSettings);
-        startupParts().confirmPendingSignUp = [outcome] { return PendingSignUp(outcome); };
+        startRoads().confirmPendingSignUp = [outcome] { return PendingSignUp(outcome); };
         QCOMPARE(ends([] { SubMain(); }), ended);
         QCOMPARE(mainLoads, 0);
         QVERIFY(loginCalls.isEmpty());
@@ -254,7 +259,7 @@ private slots:
             QVERIFY(WriteFile(gstrMyMusicPath, "<Quillotone><Folder/></Quillotone>"));
         bool ran = false;
         if (withSearch)
-            startupParts().searchForMusic = [&] { ran = true; };
+            startRoads().searchForMusic = [&] { ran = true; };
         DialogAnswerer answerer;
         if (!answer.isEmpty())
             answerer.answer("frmConfirmSearch", answer);
@@ -398,7 +403,7 @@ private slots:
             kills << name;
             return true;  // this process survives: the routine's last steps run
         };
-        QWidget* frmMain = seams().mainWindow();
+        QWidget* frmMain = MainWindow();
         frmMain->show();
         DialogAnswerer answerer;
         answerer.answer("frmConfirmExit", answer);
@@ -455,12 +460,98 @@ private slots:
     void intro_signUpShowsThePhoneCheck()
     {
         int shown = 0;
-        startupParts().showPhoneCheck = [&] { ++shown; };
+        startRoads().showPhoneCheck = [&] { ++shown; };
         frmIntro& intro = IntroWindow();
         intro.Show(false);
         QTest::mouseClick(intro.Button("imgOK"), Qt::LeftButton);
         QCOMPARE(shown, 1);
         QVERIFY(!intro.isVisible());
+    }
+
+    // The real login road: a wish to sign up trades the main window for the
+    // intro; a sign-in logs in.
+    void login_realRoad()
+    {
+        startRoads() = DefaultStartRoads();
+        QWidget* frmMain = MainWindow();
+        frmMain->show();
+        {
+            DialogAnswerer signup;
+            signup.answer("frmLogin", [](QWidget* w) {
+                QTest::mouseClick(static_cast<frmLogin*>(w)->lblSignUp2, Qt::LeftButton);
+            });
+            const LoginResult result = startRoads().login(QString());
+            QVERIFY(signup.allAnswered());
+            QVERIFY(result.DoSignup && !result.LoggedIn);
+            QVERIFY(gbSignUpActive);
+            QVERIFY(!frmMain->isVisible());
+            QVERIFY(IntroWindow().isVisible());
+            IntroWindow().Hide();
+        }
+
+        ServiceFixture service;
+        QVERIFY(service.running());
+        service.aimSeams();
+        gstrMachineKey = "0123456789ABCDEF";
+        DialogAnswerer script;
+        script.answer("frmLogin", [](QWidget* w) {
+            auto* window = static_cast<frmLogin*>(w);
+            window->txtMobileNumber->setText(ServiceFixture::kDemoMobile);
+            window->txtPassword->setText(ServiceFixture::kDemoPassword);
+            QTest::mouseClick(window->imgSignIn, Qt::LeftButton);
+        }).answer("frmAnnouncements", "imgOK");
+        const LoginResult result = startRoads().login(QString());
+        QVERIFY(script.allAnswered());
+        QVERIFY(result.LoggedIn && !result.DoSignup);
+        QCOMPARE(gstrMobileNumber, QString(ServiceFixture::kDemoMobile));
+    }
+
+    // The real sign-up road: the intro leads to the phone question; a sign-up
+    // that waits for its SMS code at start confirms, logs in and shows the main window.
+    void signUp_realRoad()
+    {
+        startRoads() = DefaultStartRoads();
+        frmIntro& intro = IntroWindow();
+        intro.Show(false);
+        QTest::mouseClick(intro.Button("imgOK"), Qt::LeftButton);
+        QVERIFY(!intro.isVisible() && visible("frmCheckPhoneEnabled"));
+
+        ServiceFixture service;
+        QVERIFY(service.running());
+        service.aimSeams();
+        const QStringList added =
+            QString::fromLatin1(service.get("AddCustomer.asp?FirstName=Jo&LastName=Lee&gender=male&MobileNumber="
+                                            "0433999001&Email=jo%40example.com&Password=secret1&Age=20&CountryID=1"
+                                            "&TerminalVendorID=1&TerminalTypeID=2&ServiceProviderID=101"
+                                            "&ReceiveMarketing=0&PartnerID=")
+                                    .body)
+                .split(',');
+        QCOMPARE(added.size(), 3);
+        InitMachineKey();
+        SaveAppSetting("t1nuc", Encrypt(added[2], gstrMachineKey), kSettings);
+        SaveAppSetting("t2nuc", Encrypt(added[1], gstrMachineKey), kSettings);
+        DialogAnswerer script;
+        script
+            .answer("frmSMSConfirmation",
+                    [&](QWidget* w) {
+                        w->findChild<QLineEdit*>("txtCode")->setText(added[2]);
+                        QTest::mouseClick(w->findChild<QWidget*>("imgOK"), Qt::LeftButton);
+                    })
+            .answer("frmLogin",
+                    [](QWidget* w) {
+                        auto* window = static_cast<frmLogin*>(w);
+                        window->txtMobileNumber->setText("0433999001");
+                        window->txtPassword->setText("secret1");
+                        QTest::mouseClick(window->imgSignIn, Qt::LeftButton);
+                    })
+            .answer("frmAnnouncements", "imgOK")
+            .answer("frmConfirmSearch", "imgCancel");
+        QVERIFY(!ends([] { SubMain(); }));
+        QVERIFY2(script.finishedCleanly(), qPrintable(script.problems()));
+        QVERIFY(main && main->isVisible());
+        QCOMPARE(gstrMobileNumber, QString("0433999001"));
+        QCOMPARE(GetAppSetting("DID", kSettings), QString("1"));
+        QVERIFY(GetAppSetting("t1nuc", kSettings).isEmpty());
     }
 
     void title_parksBelowTheScreen()
@@ -481,7 +572,7 @@ private slots:
     {
         QFETCH(bool, signUp);
         QFETCH(bool, search);
-        QWidget* frmMain = seams().mainWindow();
+        QWidget* frmMain = MainWindow();
         frmMain->show();
         frmTitle& title = TitleWindow();
         title.show();
