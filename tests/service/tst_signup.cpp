@@ -27,7 +27,6 @@
 #include "support/ServiceFixture.h"
 #include "support/TestGround.h"
 
-#include <QApplication>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -94,17 +93,6 @@ Step SignIn(const QString& mobile, const QString& password)
         window->txtPassword->setText(password);
         Click(window->imgSignIn);
     };
-}
-
-// The window of that name on the screen.
-template <class Window>
-Window* Shown(const QString& name)
-{
-    for (QWidget* w : QApplication::topLevelWidgets()) {
-        if (w->objectName() == name && w->isVisible())
-            return qobject_cast<Window*>(w);
-    }
-    return nullptr;
 }
 
 void Select(QComboBox* list, const QString& text)
@@ -185,9 +173,9 @@ class tst_SignUp : public QObject {
         QVERIFY(road->PersonalDetails().isVisible() && !phone.isVisible());
     }
 
-    void Fill(const Person& p) { Fill(road->PersonalDetails(), p); }
-    void Fill(frmSignup1& form, const Person& p)
+    void Fill(const Person& p)
     {
+        frmSignup1& form = road->PersonalDetails();
         form.txtFirstName->setText(p.first);
         form.txtLastName->setText(p.last);
         form.txtMobileNumber->setText(p.mobile);
@@ -262,8 +250,7 @@ private slots:
     {
         const QString mobile = NewMobile();
         road->BeginSignUp();
-        QVERIFY(Shown<frmCheckPhoneEnabled>("frmCheckPhoneEnabled"));
-        frmCheckPhoneEnabled& check = *Shown<frmCheckPhoneEnabled>("frmCheckPhoneEnabled");
+        frmCheckPhoneEnabled& check = road->PhoneCheck();
         DialogAnswerer script;
         script.answer("frmTellUsAboutPhone", "Enter").answer("frmPhoneNotCapable", "Escape");
         Click(check.imgOK);
@@ -274,8 +261,8 @@ private slots:
         QVERIFY(check.imgNo->pixmap().isNull());
         Click(check.imgOK);
 
-        QVERIFY(Shown<frmSignup2>("frmSignup2") && !check.isVisible());
-        frmSignup2& phone = *Shown<frmSignup2>("frmSignup2");
+        frmSignup2& phone = road->PhoneDetails();
+        QVERIFY(phone.isVisible() && !check.isVisible());
         QCOMPARE(phone.cmbCountry->currentText(), QString("Australia"));
         // The networks and their rules stand in the same order.
         QCOMPARE(phone.cmbNetworkOperator->count(), 5);
@@ -289,11 +276,11 @@ private slots:
         Select(phone.cmbNetworkOperator, "Optus");
         Click(phone.imgSend);
 
-        QVERIFY(Shown<frmSignup1>("frmSignup1"));
-        frmSignup1& form = *Shown<frmSignup1>("frmSignup1");
+        frmSignup1& form = road->PersonalDetails();
+        QVERIFY(form.isVisible());
         Person kim;
         kim.mobile = "  " + mobile + " ";
-        Fill(form, kim);
+        Fill(kim);
         QString firstCode;
         script.answer("frmActivationCode",
                       [&](QWidget* w) {
