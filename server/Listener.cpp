@@ -509,6 +509,7 @@ bool Listener::ReadHead(Connection& c)
         Refuse(c, {413, "The request is too large"});
         return false;
     }
+    c.body.reserve(c.bodyLength);
     c.state = Connection::State::Body;
     // The whole request, body included, has its deadline.
     const size_t allowance = c.chunked ? c.maxBody : c.bodyLength;
@@ -522,11 +523,11 @@ bool Listener::ReadBody(Connection& c)
 {
     if (c.chunked)
         return Dechunk(c);
-    if (c.in.size() < c.bodyLength)
-        return false;
-    c.body.assign(c.in, 0, c.bodyLength);
-    c.in.erase(0, c.bodyLength);
-    return true;
+    // Moved out as it comes, into a buffer of the announced size.
+    const size_t take = std::min(c.bodyLength - c.body.size(), c.in.size());
+    c.body.append(c.in, 0, take);
+    c.in.erase(0, take);
+    return c.body.size() == c.bodyLength;
 }
 
 bool Listener::Dechunk(Connection& c)
@@ -585,6 +586,7 @@ bool Listener::Dechunk(Connection& c)
 void Listener::Dispatch(Connection& c)
 {
     Shared::Job job{c.id, std::move(c.head), c.ip, c.port};
+    job.request.reserve(job.request.size() + 40 + c.body.size());
     job.request.append("Content-Length: ").append(std::to_string(c.body.size())).append("\r\n\r\n");
     job.request.append(c.body);
     c.body = std::string();

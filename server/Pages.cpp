@@ -22,6 +22,8 @@ constexpr int64_t kMaxReferrals = 10;
 constexpr size_t kToneFieldChars = 32760;
 constexpr size_t kMaxToneBytes = 1000000;
 constexpr size_t kMaxUploadBody = 4 * 1024 * 1024;
+// The tone's fields, the account's and the record, and a few to spare.
+constexpr size_t kMaxUploadFields = kMaxToneBytes * 2 / kToneFieldChars + 1 + 16;
 constexpr size_t kMaxCodeLength = 32;
 const char* const kDefaultFormat = "AMR Narrowband";
 
@@ -532,7 +534,11 @@ void Pages::UploadTone(const Request&, Response& res, std::string_view body)
     // place, since they make up nearly all of the body.
     httplib::Params params;
     std::map<size_t, std::string_view> toneFields;
-    while (!body.empty()) {
+    for (size_t count = 0; !body.empty(); ++count) {
+        if (count == kMaxUploadFields) {
+            Reply(res, "0,3,The upload has too many fields");
+            return;
+        }
         const auto amp = body.find('&');
         const std::string_view pair = body.substr(0, amp);
         body = amp == std::string_view::npos ? std::string_view() : body.substr(amp + 1);
