@@ -150,6 +150,9 @@ SSL_CTX* TlsIdentity::Context()
     }
     SSL_CTX_set_options(context, SSL_OP_CIPHER_SERVER_PREFERENCE | SSL_OP_NO_COMPRESSION |
                                      SSL_OP_NO_RENEGOTIATION);
+    // No resumption tickets: the program's clients do not resume, and a ticket
+    // arriving unasked looks like an early answer to a client still sending.
+    SSL_CTX_set_num_tickets(context, 0);
     SSL_CTX_set_mode(context, SSL_MODE_ENABLE_PARTIAL_WRITE | SSL_MODE_ACCEPT_MOVING_WRITE_BUFFER);
     // Connections made before keep the old one alive until they end.
     SSL_CTX_free(mContext);
