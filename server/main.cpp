@@ -139,6 +139,9 @@ int main(int argc, char** argv)
 
         Router router;
         pages.Register(router);
+        // What the replies' Keep-Alive header tells clients.
+        router.set_keep_alive_timeout(options.clientTimeout);
+        router.set_keep_alive_max_count(100000);
         ListenerLimits limits;
         limits.clientSeconds = options.clientTimeout;
         limits.perAddress = static_cast<size_t>(options.perAddress);

@@ -284,7 +284,8 @@ private slots:
     void hugeBodyIsRefusedAndServiceGoesOn()
     {
         const auto reply = service->post("SendT2.asp", QByteArray(50 * 1024 * 1024, 'A'));
-        QVERIFY2(reply.status >= 400 || (reply.status == 0 && !reply.error.isEmpty()),
+        // Refused in the upload's own fields, or cut off while sending.
+        QVERIFY2((reply.status == 200 && reply.body.startsWith("0,3,")) || (reply.status == 0 && !reply.error.isEmpty()),
                  qPrintable(QString::number(reply.status) + reply.error));
         QCOMPARE(Fields(service->get(LoginQuery(ServiceFixture::kDemoMobile, ServiceFixture::kDemoPassword)).body)[0],
                  QString("1"));
