@@ -10,6 +10,7 @@
 #include <mutex>
 #include <netdb.h>
 #include <poll.h>
+#include <sys/epoll.h>
 #include <stdexcept>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
@@ -19,20 +20,24 @@
 
 namespace {
 using Clock = std::chrono::steady_clock;
+constexpr uint64_t kListenId = 0;
+constexpr uint64_t kWakeId = 1;
 
-// A complete request held in memory, and the reply it gets.
+// A complete request held in memory, head and body, and the reply it gets.
 class MemoryStream : public httplib::Stream {
 public:
-    MemoryStream(const std::string& in, std::string& out, const std::string& ip, int port)
-        : mIn(in), mOut(out), mIp(ip), mPort(port)
+    MemoryStream(const std::string& head, const std::string& body, std::string& out, const std::string& ip, int port)
+        : mHead(head), mBody(body), mOut(out), mIp(ip), mPort(port)
     {
     }
-    bool is_readable() const override { return mAt < mIn.size(); }
+    bool is_readable() const override { return mAt < mHead.size() + mBody.size(); }
     bool is_writable() const override { return true; }
     ssize_t read(char* ptr, size_t size) override
     {
-        size = std::min(size, mIn.size() - mAt);
-        std::memcpy(ptr, mIn.data() + mAt, size);
+        const std::string& from = mAt < mHead.size() ? mHead : mBody;
+        const size_t at = mAt < mHead.size() ? mAt : mAt - mHead.size();
+        size = std::min(size, from.size() - at);
+        std::memcpy(ptr, from.data() + at, size);
         mAt += size;
         return static_cast<ssize_t>(size);
     }
@@ -55,7 +60,8 @@ public:
     socket_t socket() const override { return 0; }
 
 private:
-    const std::string& mIn;
+    const std::string& mHead;
+    const std::string& mBody;
     std::string& mOut;
     const std::string& mIp;
     int mPort;
@@ -110,10 +116,11 @@ bool ParseHex(std::string_view s, size_t& value)
 }
 }  // namespace
 
-std::string Router::Answer(const std::string& request, const std::string& ip, int port, bool& close)
+std::string Router::Answer(const std::string& head, const std::string& body, const std::string& ip, int port,
+                           bool& close)
 {
     std::string reply;
-    MemoryStream stream(request, reply, ip, port);
+    MemoryStream stream(head, body, reply, ip, port);
     bool closed = false;
     if (!process_request(stream, false, closed, nullptr))
         closed = true;
@@ -130,6 +137,7 @@ struct Listener::Connection {
     int port = 0;
     State state = State::Handshake;
     short want = POLLIN;
+    short watched = 0;  // what epoll reports for it
     Clock::time_point deadline;
     bool closeAfter = false;
 
@@ -164,7 +172,8 @@ struct Listener::Connection {
 struct Listener::Shared {
     struct Job {
         uint64_t id;
-        std::string request;
+        std::string head;
+        std::string body;
         std::string ip;
         int port;
     };
@@ -200,8 +209,8 @@ Listener::Listener(Router& router, const ListenerLimits& limits)
                     mShared->jobs.pop_front();
                 }
                 bool close = false;
-                std::string reply = mRouter.Answer(job.request, job.ip, job.port, close);
-                job.request = std::string();
+                std::string reply = mRouter.Answer(job.head, job.body, job.ip, job.port, close);
+                job = Shared::Job();
                 {
                     std::lock_guard lock(mShared->mutex);
                     mShared->done.push_back({job.id, std::move(reply), close});
@@ -225,6 +234,8 @@ Listener::~Listener()
     mConnections.clear();
     if (mListenFd >= 0)
         ::close(mListenFd);
+    if (mEpoll >= 0)
+        ::close(mEpoll);
     ::close(mWakeFd);
 }
 
@@ -273,75 +284,91 @@ void Listener::Stop()
 
 void Listener::Run(const std::function<SSL_CTX*()>& tls)
 {
-    std::vector<pollfd> polls;
-    std::vector<uint64_t> ids;
+    mEpoll = epoll_create1(EPOLL_CLOEXEC);
+    epoll_event listen{EPOLLIN, {.u64 = kListenId}};
+    epoll_event wake{EPOLLIN, {.u64 = kWakeId}};
+    if (mEpoll < 0 || epoll_ctl(mEpoll, EPOLL_CTL_ADD, mListenFd, &listen) != 0 ||
+        epoll_ctl(mEpoll, EPOLL_CTL_ADD, mWakeFd, &wake) != 0)
+        throw std::runtime_error("cannot wait for connections");
+    std::vector<epoll_event> events(256);
+    auto nextSweep = Clock::now();
     for (;;) {
-        const auto now = Clock::now();
-        polls.assign({{mListenFd, POLLIN, 0}, {mWakeFd, POLLIN, 0}});
-        ids.assign(2, 0);
-        auto next = now + std::chrono::seconds(1);
-        const bool bodiesFull = BufferedBodies() >= mLimits.bufferedBodies;
-        std::vector<uint64_t> late;
-        for (auto& [id, c] : mConnections) {
-            if (c->state == Connection::State::Working)
-                continue;
-            if (c->deadline <= now) {
-                late.push_back(id);
-                continue;
+        // Deadlines, and bodies paused for memory, are looked at ten times a second.
+        if (Clock::now() >= nextSweep) {
+            const auto now = Clock::now();
+            std::vector<uint64_t> late;
+            for (auto& [id, c] : mConnections) {
+                if (c->state != Connection::State::Working && c->deadline <= now)
+                    late.push_back(id);
+                else
+                    Watch(*c);
             }
-            next = std::min(next, c->deadline);
-            // A body waits while bodies fill the memory set aside for them,
-            // unless it has barely started.
-            const bool paused = c->state == Connection::State::Body && bodiesFull && c->in.size() >= 64 * 1024;
-            polls.push_back({paused ? -1 : c->fd, c->want, 0});
-            ids.push_back(id);
+            for (const uint64_t id : late)
+                Close(id);
+            nextSweep = now + std::chrono::milliseconds(100);
         }
-        for (const uint64_t id : late)
-            Close(id);
-        const auto wait = std::chrono::duration_cast<std::chrono::milliseconds>(next - now).count() + 1;
-        if (::poll(polls.data(), polls.size(), static_cast<int>(wait)) < 0 && errno != EINTR)
-            throw std::runtime_error("poll failed");
-
-        if (polls[1].revents) {
-            uint64_t count = 0;
-            [[maybe_unused]] auto n = ::read(mWakeFd, &count, sizeof count);
-            std::vector<Shared::Done> done;
-            {
-                std::lock_guard lock(mShared->mutex);
-                if (mShared->stopping)
-                    return;
-                done.swap(mShared->done);
-            }
-            for (auto& d : done) {
-                const auto it = mConnections.find(d.id);
-                if (it == mConnections.end())
-                    continue;
+        const int n = epoll_wait(mEpoll, events.data(), static_cast<int>(events.size()), 100);
+        if (n < 0 && errno != EINTR)
+            throw std::runtime_error("cannot wait for connections");
+        for (int i = 0; i < n; ++i) {
+            const uint64_t id = events[static_cast<size_t>(i)].data.u64;
+            if (id == kListenId) {
+                Accept(tls());
+            } else if (id == kWakeId) {
+                uint64_t count = 0;
+                [[maybe_unused]] auto r = ::read(mWakeFd, &count, sizeof count);
+                std::vector<Shared::Done> done;
+                {
+                    std::lock_guard lock(mShared->mutex);
+                    if (mShared->stopping)
+                        return;
+                    done.swap(mShared->done);
+                }
+                for (auto& d : done) {
+                    const auto it = mConnections.find(d.id);
+                    if (it == mConnections.end())
+                        continue;
+                    Connection& c = *it->second;
+                    c.out = std::move(d.reply);
+                    c.outAt = 0;
+                    c.closeAfter = c.closeAfter || d.close;
+                    c.state = Connection::State::Writing;
+                    c.deadline = Clock::now() + std::chrono::seconds(mLimits.clientSeconds);
+                    Write(c);
+                    Watch(d.id);
+                }
+            } else if (const auto it = mConnections.find(id); it != mConnections.end()) {
                 Connection& c = *it->second;
-                c.out = std::move(d.reply);
-                c.outAt = 0;
-                c.closeAfter = c.closeAfter || d.close;
-                c.state = Connection::State::Writing;
-                c.deadline = Clock::now() + std::chrono::seconds(mLimits.clientSeconds);
-                Write(c);
+                if (c.state == Connection::State::Writing)
+                    Write(c);
+                else if (c.state == Connection::State::Draining)
+                    Drain(c);
+                else
+                    Pump(c);
+                Watch(id);
             }
         }
-        for (size_t i = 2; i < polls.size(); ++i) {
-            if (!polls[i].revents)
-                continue;
-            const auto it = mConnections.find(ids[i]);
-            if (it == mConnections.end())
-                continue;
-            Connection& c = *it->second;
-            if (c.state == Connection::State::Writing)
-                Write(c);
-            else if (c.state == Connection::State::Draining)
-                Drain(c);
-            else
-                Pump(c);
-        }
-        if (polls[0].revents)
-            Accept(tls());
     }
+}
+
+void Listener::Watch(uint64_t id)
+{
+    if (const auto it = mConnections.find(id); it != mConnections.end())
+        Watch(*it->second);
+}
+
+// Asks epoll for what the connection waits on: nothing while a worker has its
+// request, or while its body waits for memory.
+void Listener::Watch(Connection& c)
+{
+    const bool paused = c.state == Connection::State::Body && c.in.size() + c.body.size() >= 64 * 1024 &&
+                        BufferedBodies() >= mLimits.bufferedBodies;
+    const short wanted = c.state == Connection::State::Working || paused ? 0 : c.want;
+    if (wanted == c.watched)
+        return;
+    epoll_event e{static_cast<uint32_t>(wanted), {.u64 = c.id}};
+    epoll_ctl(mEpoll, wanted == 0 ? EPOLL_CTL_DEL : c.watched == 0 ? EPOLL_CTL_ADD : EPOLL_CTL_MOD, c.fd, &e);
+    c.watched = wanted;
 }
 
 void Listener::Accept(SSL_CTX* tls)
@@ -380,14 +407,16 @@ void Listener::Accept(SSL_CTX* tls)
         c->port = port;
         c->ssl = SSL_new(tls);
         c->deadline = Clock::now() + std::chrono::seconds(mLimits.clientSeconds);
+        const uint64_t id = c->id;
         Connection& ref = *c;
-        mConnections.emplace(c->id, std::move(c));
+        mConnections.emplace(id, std::move(c));
         if (!ref.ssl || SSL_set_fd(ref.ssl, fd) != 1) {
-            Close(ref.id);
+            Close(id);
             continue;
         }
         SSL_set_accept_state(ref.ssl);
         Pump(ref);
+        Watch(id);
     }
 }
 
@@ -422,8 +451,9 @@ void Listener::Pump(Connection& c)
             Write(c);  // a refusal
             return;
         }
-        if (c.state == State::Body && c.in.size() >= 64 * 1024 && BufferedBodies() >= mLimits.bufferedBodies)
-            return;  // resumed by poll once memory frees
+        if (c.state == State::Body && c.in.size() + c.body.size() >= 64 * 1024 &&
+            BufferedBodies() >= mLimits.bufferedBodies)
+            return;  // resumed once memory frees
         ERR_clear_error();
         const int n = SSL_read(c.ssl, buffer, sizeof buffer);
         if (n <= 0) {
@@ -585,10 +615,8 @@ bool Listener::Dechunk(Connection& c)
 
 void Listener::Dispatch(Connection& c)
 {
-    Shared::Job job{c.id, std::move(c.head), c.ip, c.port};
-    job.request.reserve(job.request.size() + 40 + c.body.size());
-    job.request.append("Content-Length: ").append(std::to_string(c.body.size())).append("\r\n\r\n");
-    job.request.append(c.body);
+    Shared::Job job{c.id, std::move(c.head), std::move(c.body), c.ip, c.port};
+    job.head.append("Content-Length: ").append(std::to_string(job.body.size())).append("\r\n\r\n");
     c.body = std::string();
     c.head = std::string();
     if (c.in.capacity() > 64 * 1024)

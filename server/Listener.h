@@ -1,6 +1,6 @@
 #pragma once
 // The service's front door. One thread accepts TLS connections and reads each
-// request whole, under size limits and deadlines, with poll; complete requests
+// request whole, under size limits and deadlines, with epoll; complete requests
 // go to a few workers that run the pages. A slow or hostile client costs a
 // socket and a bounded buffer, never a thread.
 #include <httplib.h>
@@ -33,8 +33,10 @@ struct ListenerLimits {
 // The pages' router: an httplib server that is fed whole requests from memory.
 class Router : public httplib::Server {
 public:
-    // Answers one complete request; close is set when the connection ends after it.
-    std::string Answer(const std::string& request, const std::string& ip, int port, bool& close);
+    // Answers one complete request (head with its blank line, and body); close
+    // is set when the connection ends after it.
+    std::string Answer(const std::string& head, const std::string& body, const std::string& ip, int port,
+                       bool& close);
 };
 
 class Listener {
@@ -65,6 +67,8 @@ private:
     };
 
     void Accept(SSL_CTX* tls);
+    void Watch(uint64_t id);
+    void Watch(Connection& c);
     void Pump(Connection& c);
     bool ReadHead(Connection& c);
     bool ReadBody(Connection& c);
@@ -81,7 +85,8 @@ private:
     std::map<std::string, PageLimit> mPages;
     int mListenFd = -1;
     int mWakeFd = -1;
-    uint64_t mNextId = 1;
+    int mEpoll = -1;
+    uint64_t mNextId = 2;  // 0 and 1 stand for the listening socket and the wake-up
     std::map<uint64_t, std::unique_ptr<Connection>> mConnections;
     std::map<std::string, size_t> mPerAddress;
     std::unique_ptr<Shared> mShared;
