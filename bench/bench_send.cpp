@@ -3,6 +3,7 @@
 // dialog on the way answered at once.
 #include "Bench.h"
 #include "BenchService.h"
+#include "core/MainWindow.h"
 #include "core/globals.h"
 #include "core/modCommon.h"
 #include "core/modEncryption.h"
@@ -35,10 +36,10 @@ const bool sendBench = RegisterBench(QStringLiteral("Send_30sAmrNb_PressToReply"
     seams().tempFolder = [temp] { return temp; };
     seams().serviceBaseUrl = service.Base();
     seams().serviceCertificateFile = service.Certificate();
-    seams().mainWindow = [] {
+    SetMainWindow([] {
         MainForm().Load();
         return static_cast<QWidget*>(&MainForm());
-    };
+    });
 
     const QString song = ground.filePath(QStringLiteral("song.mp3"));
     QProcess::execute(QStringLiteral("ffmpeg"), {QStringLiteral("-loglevel"), QStringLiteral("error"), QStringLiteral("-y"),

@@ -3,6 +3,7 @@
 #include "CodePicture.h"
 #include "PasswordHash.h"
 #include "Text.h"
+#include "wire/ToneUpload.h"
 
 #include <QString>
 #include <QXmlStreamReader>
@@ -19,7 +20,7 @@
 namespace {
 constexpr int kFreeQuillsAtSignUp = 3;
 constexpr int64_t kMaxReferrals = 10;
-constexpr size_t kToneFieldChars = 32760;
+using wire::kToneFieldChars;
 constexpr size_t kMaxToneBytes = 1000000;
 constexpr size_t kMaxUploadBody = 4 * 1024 * 1024;
 // The tone's fields, the account's and the record, and a few to spare.

@@ -1,25 +1,19 @@
 #include "Text.h"
 
+#include "wire/Windows1252.h"
+
 #include <QString>
 #include <QStringDecoder>
-#include <array>
 
 namespace {
-// Windows-1252 0x80-0x9F; the rest of the code page is Latin-1. 0 marks a hole.
-constexpr std::array<char16_t, 32> kHigh = {
-    0x20AC, 0,      0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-    0x2039, 0x0152, 0,      0x017D, 0,      0,      0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0,      0x017E, 0x0178};
+using wire::kWindows1252High;
 
 char ToAnsiByte(char16_t c)
 {
-    if (c < 0x80 || (c >= 0xA0 && c <= 0xFF))
-        return static_cast<char>(c);
-    for (size_t i = 0; i < kHigh.size(); ++i) {
-        if (kHigh[i] != 0 && kHigh[i] == c)
-            return static_cast<char>(0x80 + i);
-    }
-    return '?';
+    if (c == 0)
+        return 0;
+    const unsigned char b = wire::Windows1252Byte(c);
+    return b ? static_cast<char>(b) : '?';
 }
 }  // namespace
 
@@ -35,7 +29,7 @@ std::string FromWire(const std::string& bytes)
     for (const char ch : bytes) {
         const auto b = static_cast<unsigned char>(ch);
         if (b >= 0x80 && b < 0xA0)
-            out += QChar(kHigh[b - 0x80] ? kHigh[b - 0x80] : u'?');
+            out += QChar(kWindows1252High[b - 0x80] ? kWindows1252High[b - 0x80] : u'?');
         else
             out += QChar(b);
     }

@@ -10,5 +10,5 @@ cmake --build "$dir" -j "$(nproc)" --target quillotone-screenshots
 out="$here/build/screenshots"
 rm -rf "$out"
 mkdir -p "$out"
-xvfb-run -a -s "-screen 0 1280x1024x24 -dpi 96" "$dir/tests/skin/quillotone-screenshots" "$out"
+xvfb-run -a -s "-screen 0 1280x1024x24 -dpi 96" "$dir/tests/shell/quillotone-screenshots" "$out"
 echo "Screenshots in $out"

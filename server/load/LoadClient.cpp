@@ -5,6 +5,7 @@
 // An upload sends a 150 KB tone the way the program does; slow and hostile
 // are the misbehaving clients of Attacks.h.
 #include "Attacks.h"
+#include "wire/ToneUpload.h"
 
 #include <httplib.h>
 #include <algorithm>
@@ -18,7 +19,7 @@
 
 namespace {
 constexpr size_t kToneBytes = 150000;
-constexpr size_t kFieldChars = 32760;
+constexpr size_t kFieldChars = wire::kToneFieldChars;
 
 std::string UploadBody(const std::string& mobile, const std::string& password)
 {

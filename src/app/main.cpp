@@ -1,9 +1,6 @@
-#include "core/frmIntro.h"
-#include "core/modKillProcess.h"
-#include "core/modStartup.h"
-#include "core/seams.h"
 #include "editing/frmMain.h"
-#include "service/CLoginManager.h"
+#include "shell/SubMain.h"
+#include "shell/frmIntro.h"
 
 #include <QApplication>
 #include <QTimer>
@@ -12,13 +9,7 @@
 int main(int argc, char** argv)
 {
     QApplication app(argc, argv);
-    seams().killProcess = KillProcess;
-    seams().mainWindow = [] {
-        frmMain& form = MainForm();
-        form.Load();
-        return static_cast<QWidget*>(&form);
-    };
-    RegisterLogin();
+    UseMainForm();
     QTimer::singleShot(0, &app, [] {
         SubMain();
         // A road that opened no window leaves nothing to wait for.

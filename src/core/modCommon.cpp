@@ -1,6 +1,7 @@
 #include "core/modCommon.h"
 
 #include "core/CError.h"
+#include "core/MainWindow.h"
 #include "core/MsgBox.h"
 #include "core/codepage.h"
 #include "core/globals.h"
@@ -239,7 +240,7 @@ void CenterOnMainWindow(QWidget* window)
 {
     if (!window)
         return;
-    QWidget* main = seams().mainWindow ? seams().mainWindow() : nullptr;
+    QWidget* main = MainWindow();
     if (!main) {
         CenterOnScreen(window);
         return;

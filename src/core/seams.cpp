@@ -1,5 +1,7 @@
 #include "core/seams.h"
 
+#include "core/modKillProcess.h"
+
 #include <QCoreApplication>
 #include <QDesktopServices>
 #include <QDir>
@@ -18,8 +20,7 @@ Seams DefaultSeams()
     };
     s.now = [] { return QDateTime::currentDateTime(); };
     s.endNow = [](int code) { std::_Exit(code); };
-    s.killProcess = nullptr;  // set by the program once process killing is linked in
-    s.mainWindow = nullptr;   // set by the main window's module
+    s.killProcess = KillProcess;
     s.serviceBaseUrl = QStringLiteral("https://127.0.0.1:8443/");
     // The bundled service makes its own certificate on first start, in its
     // data folder; the program trusts that one certificate besides the

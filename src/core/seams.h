@@ -6,8 +6,6 @@
 #include <QString>
 #include <functional>
 
-class QWidget;
-
 struct Seams {
     std::function<QString()> programFolder;                // folder of the running program file
     std::function<QString()> tempFolder;                   // no trailing separator
@@ -15,7 +13,6 @@ struct Seams {
     std::function<QDateTime()> now;                        // local clock
     std::function<void(int)> endNow;                       // ends the program at once, no clean-up
     std::function<bool(const QString&)> killProcess;       // KillProcess(name)
-    std::function<QWidget*()> mainWindow;                  // loads the main window if need be
     QString serviceBaseUrl;                                // https base of the web service
     QString serviceCertificateFile;                        // PEM the service's TLS identity is checked against
 };

@@ -1,6 +1,5 @@
-// The send pipeline: from the press of Send to the tone on its way. It runs
-// inside the main window as one long routine on the interface thread, with
-// the window disabled and a notice telling the user what goes on.
+#include "delivery/SendTone.h"
+
 #include "cd/CDManager.h"
 #include "core/CError.h"
 #include "core/MsgBox.h"
@@ -12,7 +11,6 @@
 #include "delivery/ToneFormats.h"
 #include "delivery/ToneUpload.h"
 #include "delivery/frmUploadingTone.h"
-#include "editing/frmMain.h"
 #include "platform/AudioEditor2.h"
 #include "service/CHTTPCall.h"
 #include "skin/CDialog.h"
@@ -20,10 +18,12 @@
 #include "skin/ControlTag.h"
 #include "skin/frmGenericOKDialog.h"
 #include "skin/frmMessage.h"
+#include "wire/Pages.h"
 
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
+#include <QLabel>
 #include <QThread>
 
 namespace {
@@ -71,46 +71,123 @@ void moveFile(const QString& from, const QString& to)
     if (!QFile::rename(from, to))
         throw CError(ErrNo::PathFileAccess, QStringLiteral("Path/File access error"), QStringLiteral("SendTone"));
 }
+
+void reportSong(SendToneHost& host)
+{
+    QString report = BuildSongReport(host.CurrentFile());
+    CHTTPCall().GetPage(ptPostSongData, report, true, kServiceTimeOut);
+}
+
+// What both roads do once the tone is on its way.
+void sent(SendToneHost& host, bool report)
+{
+    ask(QStringLiteral("frmSent"));
+    QLabel* status = host.SoundFileLabel();
+    QFont font = status->font();
+    font.setBold(false);
+    status->setFont(font);
+    host.SetStatusText(kSent);
+    if (report)
+        reportSong(host);
+    if (gintFreeQuills > 0)
+        --gintFreeQuills;
+    host.RefreshFreeQuillCount();
+}
+
+void sendByTunnel(SendToneHost& host, CDialog& dialog, const QString& contentType, const QString& toneFile)
+{
+    CQueueManager().SaveData(contentType, toneFile, gstrMobileNumber, gstrPassword);
+    // The record keeps only the tone's name; the file goes now, in this order.
+    forceDelete(toneFile);
+    openHelper();
+    dialog.HideForm();
+    sent(host, !host.CurrentFile().contains(QStringLiteral("qtrecordings"), Qt::CaseInsensitive));
+}
+
+void sendDirect(SendToneHost& host, CDialog& dialog, const QString& contentType, const QString& toneFile)
+{
+    dialog.HideForm();
+    frmUploadingTone& uploading = UploadingToneWindow(host.HostWindow());
+    uploading.Show(false);
+    QCoreApplication::processEvents();
+    QThread::msleep(10);
+    QCoreApplication::processEvents();
+
+    const QString record = CQueueManager().SaveData(contentType, toneFile, gstrMobileNumber, gstrPassword);
+    const QString body = BuildUploadBody(record, FileToHexString(toneFile));
+
+    // Every reply with fewer than three fields counts as delivered, the empty
+    // one of a failed request too; only a refusal of three or more is retried.
+    CHTTPCall http;
+    const QString url = seams().serviceBaseUrl + QLatin1String(wire::kToneUpload);
+    int16_t attempts = 0;
+    for (;;) {
+        const QString reply = http.SendHTTP(url, false, body, QString(), kServiceTimeOut);
+        if (UploadReplyEndsLoop(reply)) {
+            SetControlTag(host.LastUrlLabel(), reply);
+            break;
+        }
+        if (++attempts >= kUploadPasses)
+            break;
+    }
+    uploading.Hide();
+
+    if (attempts >= kUploadPasses) {
+        CDialog failure;
+        failure.Display(QStringLiteral("Error talking to Quillo Tone. Please try again in a few moments."), true, nullptr);
+        failure.HideForm();
+        return;
+    }
+    forceDelete(toneFile);
+    if (tunnelSetting())
+        openHelper();
+    // A WMA song is not reported on this road, unlike the tunnel's.
+    const QString song = host.CurrentFile();
+    sent(host, !song.right(3).toLower().endsWith(QLatin1String("wma")) &&
+                   !song.contains(QStringLiteral("qtrecordings"), Qt::CaseInsensitive));
+}
 }  // namespace
 
-void frmMain::SendTone()
+void SendTone(SendToneHost& host)
 {
     CDialog dialog;
-    QLabel* status = label("lblSoundFile");
+    QWidget* window = host.HostWindow();
+    AudioEditor2* editor = host.HostEditor();
+    QLabel* status = host.SoundFileLabel();
     try {
         // Preparation.
-        SetFormEnabled(this, false);
+        SetFormEnabled(window, false);
         SetMousePointer(vbDefault);
         const QString savedCaption = status->text();
 
-        if (mstrCurrentFile.isEmpty()) {
+        if (host.CurrentFile().isEmpty()) {
             ask(QStringLiteral("frmNoToneSelected"));
-            SetFormEnabled(this, true);
+            SetFormEnabled(window, true);
             return;
         }
 
         int32_t length = 0;
-        if (mbTrimmed) {
-            const int32_t viewStart = AudioEditor21->ViewStart();
-            const int32_t viewEnd = AudioEditor21->ViewEnd();
+        if (host.Trimmed()) {
+            const int32_t viewStart = editor->ViewStart();
+            const int32_t viewEnd = editor->ViewEnd();
             length = viewEnd - viewStart;
-            AudioEditor21->SetShowSelection(true);
-            AudioEditor21->SetPlayPosition(viewStart);
-            AudioEditor21->SetSelectionStart(viewStart);
-            AudioEditor21->SetSelectionEnd(viewEnd);
+            editor->SetShowSelection(true);
+            editor->SetPlayPosition(viewStart);
+            editor->SetSelectionStart(viewStart);
+            editor->SetSelectionEnd(viewEnd);
         } else {
-            length = AudioEditor21->SelectionEnd() - AudioEditor21->SelectionStart();
+            length = editor->SelectionEnd() - editor->SelectionStart();
             if (length == 0) {
                 ask(QStringLiteral("frmToneNotTrimmed"));
-                SetFormEnabled(this, true);
+                SetFormEnabled(window, true);
                 return;
             }
         }
 
-        if (!QFileInfo::exists(mstrCurrentFile)) {
-            show();
-            dialog.Display(QStringLiteral("Open a music file or select one from 'My Music'"), true, this);
-            SetFormEnabled(this, true);
+        if (!QFileInfo::exists(host.CurrentFile())) {
+            window->show();
+            dialog.Display(QStringLiteral("Open a music file or select one from 'My Music'"), true, window);
+            SetFormEnabled(window, true);
             return;
         }
 
@@ -124,26 +201,26 @@ void frmMain::SendTone()
                     ask(QStringLiteral("frmConfirmDeleteTone")) != QLatin1String("Q")) {
                     queue.DeleteQueuedTone();
                     deletedPending = true;
-                    SetFormEnabled(this, true);
+                    SetFormEnabled(window, true);
                 }
                 // A new tone follows a pending one only once the user deleted it.
                 if (!deletedPending) {
-                    SetFormEnabled(this, true);
+                    SetFormEnabled(window, true);
                     return;
                 }
             }
         }
 
         dialog.Display(QStringLiteral("Quillo Tone is preparing your ringtone. This will only take a few moments..."),
-                       false, this);
+                       false, window);
         SetControlTag(status, status->text());
 
         const QString previewFile = PreviewFilePath();
         if (QFileInfo::exists(previewFile))
             forceDelete(previewFile);
-        mintLoadStage = 2;
+        host.SetLoadStage(2);
         // A trimmed sound cut to nothing is saved whole.
-        AudioEditor21->SaveToFile(previewFile, length != 0, AudioEditor2::FormatMp3);
+        editor->SaveToFile(previewFile, length != 0, AudioEditor2::FormatMp3);
 
         dialog.Update(QStringLiteral("Quillo Tone is nearly there..."));
         QCoreApplication::processEvents();
@@ -161,113 +238,37 @@ void frmMain::SendTone()
         moveFile(convertedFile, toneFile);
 
         bool goOn = true;
-        CheckToneSize(toneFile, goOn);
+        host.CheckToneSize(toneFile, goOn);
         if (!goOn) {
-            SetStatusText(kReady);
+            host.SetStatusText(kReady);
             dialog.HideForm();
-            SetFormEnabled(this, true);
-            mbBusy = false;
+            SetFormEnabled(window, true);
+            host.ClearBusy();
             return;
         }
         dialog.HideForm();
 
         const QString consent = ask(gintFreeQuills < 1 ? QStringLiteral("frmCharged") : QStringLiteral("frmAboutToUseFreeQuill"));
         if (consent == QLatin1String("Q")) {
-            SetStatusText(savedCaption);
-            SetFormEnabled(this, true);
-            mbBusy = false;
+            host.SetStatusText(savedCaption);
+            SetFormEnabled(window, true);
+            host.ClearBusy();
             return;
         }
 
-        dialog.Display(QStringLiteral("\nContacting the Quillo Tone server. Please be patient..."), false, this);
+        dialog.Display(QStringLiteral("\nContacting the Quillo Tone server. Please be patient..."), false, window);
         if (gbUseTunnel)
-            sendByTunnel(dialog, format.contentType, toneFile);
+            sendByTunnel(host, dialog, format.contentType, toneFile);
         else
-            sendDirect(dialog, format.contentType, toneFile);
+            sendDirect(host, dialog, format.contentType, toneFile);
 
-        SetStatusText(kReady);
-        SetFormEnabled(this, true);
-        mbBusy = false;
+        host.SetStatusText(kReady);
+        SetFormEnabled(window, true);
+        host.ClearBusy();
     } catch (const CError& e) {
         // No line numbers are kept, so the line the message names is 0.
-        show();
+        window->show();
         MsgBox(QStringLiteral("Send: ") + e.Description() + QStringLiteral(" 0"));
-        SetFormEnabled(this, true);
+        SetFormEnabled(window, true);
     }
-}
-
-void frmMain::sendByTunnel(CDialog& dialog, const QString& contentType, const QString& toneFile)
-{
-    CQueueManager().SaveData(contentType, toneFile, gstrMobileNumber, gstrPassword);
-    // The record keeps only the tone's name; the file goes now, in this order.
-    forceDelete(toneFile);
-    openHelper();
-    dialog.HideForm();
-    ask(QStringLiteral("frmSent"));
-    QFont font = label("lblSoundFile")->font();
-    font.setBold(false);
-    label("lblSoundFile")->setFont(font);
-    SetStatusText(kSent);
-    if (!mstrCurrentFile.contains(QStringLiteral("qtrecordings"), Qt::CaseInsensitive))
-        reportSong();
-    if (gintFreeQuills > 0)
-        --gintFreeQuills;
-    RefreshFreeQuillCount();
-}
-
-void frmMain::sendDirect(CDialog& dialog, const QString& contentType, const QString& toneFile)
-{
-    dialog.HideForm();
-    frmUploadingTone& uploading = UploadingToneWindow(this);
-    uploading.Show(false);
-    QCoreApplication::processEvents();
-    QThread::msleep(10);
-    QCoreApplication::processEvents();
-
-    const QString record = CQueueManager().SaveData(contentType, toneFile, gstrMobileNumber, gstrPassword);
-    const QString body = BuildUploadBody(record, FileToHexString(toneFile));
-
-    // Every reply with fewer than three fields counts as delivered, the empty
-    // one of a failed request too; only a refusal of three or more is retried.
-    CHTTPCall http;
-    const QString url = seams().serviceBaseUrl + QStringLiteral("SendT2.asp");
-    int16_t attempts = 0;
-    for (;;) {
-        const QString reply = http.SendHTTP(url, false, body, QString(), kServiceTimeOut);
-        if (UploadReplyEndsLoop(reply)) {
-            SetControlTag(findChild<QObject*>(QStringLiteral("lblLastURL")), reply);
-            break;
-        }
-        if (++attempts >= kUploadPasses)
-            break;
-    }
-    uploading.Hide();
-
-    if (attempts >= kUploadPasses) {
-        CDialog failure;
-        failure.Display(QStringLiteral("Error talking to Quillo Tone. Please try again in a few moments."), true, nullptr);
-        failure.HideForm();
-        return;
-    }
-    forceDelete(toneFile);
-    if (tunnelSetting())
-        openHelper();
-    ask(QStringLiteral("frmSent"));
-    QFont font = label("lblSoundFile")->font();
-    font.setBold(false);
-    label("lblSoundFile")->setFont(font);
-    SetStatusText(kSent);
-    // A WMA song is not reported on this road, unlike the tunnel's.
-    if (!mstrCurrentFile.right(3).toLower().endsWith(QLatin1String("wma")) &&
-        !mstrCurrentFile.contains(QStringLiteral("qtrecordings"), Qt::CaseInsensitive))
-        reportSong();
-    if (gintFreeQuills > 0)
-        --gintFreeQuills;
-    RefreshFreeQuillCount();
-}
-
-void frmMain::reportSong()
-{
-    QString report = BuildSongReport(mstrCurrentFile);
-    CHTTPCall().GetPage(ptPostSongData, report, true, kServiceTimeOut);
 }

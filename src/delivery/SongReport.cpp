@@ -1,14 +1,15 @@
 // The song a tone was cut from, told to the service after delivery.
+#include "delivery/SendTone.h"
+
 #include "core/globals.h"
 #include "core/modCommon.h"
-#include "editing/frmMain.h"
 #include "platform/AudioFileInfo.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <array>
 
-QString frmMain::BuildSongReport(const QString& FileName)
+QString BuildSongReport(const QString& FileName)
 {
     // Blob position 2 to 13, as places among the file information's getters.
     static constexpr std::array<int, 12> kPlaces = {2, 3, 11, 4, 10, 5, 12, 13, 6, 9, 8, 7};

@@ -1,8 +1,10 @@
 #pragma once
 // The body of the upload to "SendT2.asp" and the reading of its reply.
+#include "wire/ToneUpload.h"
+
 #include <QString>
 
-inline constexpr int kToneDataChars = 32760;  // 16380 bytes of tone a field
+inline constexpr qsizetype kToneDataChars = static_cast<qsizetype>(wire::kToneFieldChars);
 
 // "tonedata1=...&tonedata2=..." with no "&" behind the last; an empty tone
 // gives one empty "tonedata1=".

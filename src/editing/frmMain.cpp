@@ -4,10 +4,8 @@
 #include "core/MsgBox.h"
 #include "core/globals.h"
 #include "core/modCommon.h"
-#include "core/modShutdown.h"
 #include "core/modStartup.h"
 #include "core/numbers.h"
-#include "core/frmTitle.h"
 #include "core/seams.h"
 #include "core/twips.h"
 #include "editing/CAudioPlayer.h"
@@ -252,9 +250,9 @@ void frmMain::Form_Load()
                 [this] { notThereYet(QStringLiteral("Recording from the sound card")); });
         connect(hotSpot("lblFreeQuills"), &CClickLabel::Click, this,
                 [this] { notThereYet(QStringLiteral("Referring friends for free quills")); });
-        connect(hotSpot("lblClose"), &CClickLabel::Click, this, [this] { QuitFromMainWindow(this); });
-        connect(hotSpot("cmdSignOut"), &CClickLabel::Click, this, [] { SignOutAndLeave(); });
-        connect(hotSpot("lblMinimize"), &CClickLabel::Click, this, [this] { MinimiseToTaskbar(this); });
+        connect(hotSpot("lblClose"), &CClickLabel::Click, this, &frmMain::CloseWanted);
+        connect(hotSpot("cmdSignOut"), &CClickLabel::Click, this, &frmMain::SignOutWanted);
+        connect(hotSpot("lblMinimize"), &CClickLabel::Click, this, &frmMain::MinimiseWanted);
         connect(hotSpot("lblLastURL"), &CClickLabel::DblClick, this, &frmMain::lblLastURL_DblClick);
         connect(hotSpot("lblVolumeUp"), &CClickLabel::MouseDown, this, [this] { mintVolumeDirection = 1; });
         connect(hotSpot("lblVolumeDown"), &CClickLabel::MouseDown, this, [this] { mintVolumeDirection = -1; });
@@ -280,6 +278,26 @@ void frmMain::notThereYet(const QString& what)
 void frmMain::RefreshFreeQuillCount()
 {
     label("lblFreeQuillCount")->setText(QString::number(gintFreeQuills));
+}
+
+void frmMain::ShowLoginBackdrop(int width, int height)
+{
+    auto* backdrop = findChild<QWidget*>(QStringLiteral("picLoginBackground"));
+    backdrop->setGeometry((this->width() - width) / 2, (this->height() - height) / 2, width, height);
+    backdrop->show();
+}
+
+void frmMain::HideLoginBackdrop(bool parkAside)
+{
+    auto* backdrop = findChild<QWidget*>(QStringLiteral("picLoginBackground"));
+    if (parkAside)
+        backdrop->move(TwipsToPixelsX(15000), backdrop->y());
+    backdrop->hide();
+}
+
+void frmMain::SendTone()
+{
+    ::SendTone(*this);
 }
 
 void frmMain::SetStatusText(const QString& text)

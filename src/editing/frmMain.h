@@ -3,6 +3,7 @@
 // decides, for each press, what the sound in the editor now is (none, a
 // loaded file, a trimmed part of it, a recording in the making) and hands
 // the result to the send pipeline.
+#include "delivery/SendTone.h"
 #include "skin/CSkinWindow.h"
 
 #include <cstdint>
@@ -15,24 +16,26 @@ class NCTAmpBar2;
 class NCTSliderB2;
 class QTimer;
 
-class frmMain : public CSkinWindow {
+class frmMain : public CSkinWindow, private SendToneHost {
     Q_OBJECT
 public:
     frmMain();
     ~frmMain() override;
 
-    void RefreshFreeQuillCount();
+    void RefreshFreeQuillCount() override;
     void LoadSoundFile(const QString& path);
     void LoadIntoEditor(const QString& path);
-    void SetStatusText(const QString& text);
+    void SetStatusText(const QString& text) override;
     void ApplyWindowMode();
     void ClearToneDisplay();
     // True when the send may go on: the tone is within "MaxToneSize", or the
     // user agreed to send it anyway.
-    void CheckToneSize(const QString& path, bool& result);
-    // The send pipeline and its song report live with the delivery code.
+    void CheckToneSize(const QString& path, bool& result) override;
+    // The send pipeline lives with the delivery code; this window is its host.
     void SendTone();
-    QString BuildSongReport(const QString& FileName);
+    // The backdrop that covers the controls while the login window stands over this one.
+    void ShowLoginBackdrop(int width, int height);
+    void HideLoginBackdrop(bool parkAside);
     void ResetButtonPictures();
 
     int32_t mintLoadStage = 0;  // 1 "Loading. Please wait (", 2 "Preparing ringtone ("
@@ -52,14 +55,27 @@ public:
     AudioEditor2* AudioEditor21 = nullptr;
     NCTSliderB2* NCTSliderB21 = nullptr;
 
+signals:
+    // lblClose, cmdSignOut and lblMinimize: the start-up shell decides what they end.
+    void CloseWanted();
+    void SignOutWanted();
+    void MinimiseWanted();
+
 protected:
     void Form_Load() override;
     bool DragAllowed() const override { return !mbBusy; }
 
 private:
-    void sendByTunnel(class CDialog& dialog, const QString& contentType, const QString& toneFile);
-    void sendDirect(class CDialog& dialog, const QString& contentType, const QString& toneFile);
-    void reportSong();
+    // What the send pipeline uses.
+    QWidget* HostWindow() override { return this; }
+    AudioEditor2* HostEditor() override { return AudioEditor21; }
+    QString CurrentFile() const override { return mstrCurrentFile; }
+    bool Trimmed() const override { return mbTrimmed; }
+    void SetLoadStage(int32_t stage) override { mintLoadStage = stage; }
+    void ClearBusy() override { mbBusy = false; }
+    QLabel* SoundFileLabel() override { return label("lblSoundFile"); }
+    QObject* LastUrlLabel() override { return findChild<QObject*>(QStringLiteral("lblLastURL")); }
+
     void buildControls();
     QLabel* label(const char* name) const;
     CClickLabel* hotSpot(const char* name) const;

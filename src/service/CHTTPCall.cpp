@@ -8,6 +8,7 @@
 #include "service/WebClient.h"
 #include "skin/CDialog.h"
 #include "skin/frmGenericOKDialog.h"
+#include "wire/Pages.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -24,6 +25,12 @@ QString ProgramVersion()
     const QVersionNumber v = QVersionNumber::fromString(QCoreApplication::applicationVersion());
     return QStringLiteral("%1.%2.%3").arg(v.majorVersion()).arg(v.minorVersion()).arg(v.microVersion());
 }
+
+// A page's name with what follows it.
+QString page(const char* name, const char* rest = "")
+{
+    return QLatin1String(name) + QLatin1String(rest);
+}
 }  // namespace
 
 CHTTPCall::CHTTPCall() = default;
@@ -32,21 +39,21 @@ CHTTPCall::~CHTTPCall() = default;
 QString CHTTPCall::PagePath(int32_t PageType, const QString& Params)
 {
     switch (PageType) {
-    case ptServiceProviderList: return QStringLiteral("GetServiceProviderList.asp?CountryID=") + Params;
-    case ptTerminalVendorList: return QStringLiteral("GetTerminalVendorList.asp");
-    case ptTerminalTypeList: return QStringLiteral("GetTerminalTypeList.asp?TerminalVendorID=") + Params;
-    case ptCountryList: return QStringLiteral("GetCountryList.asp");
-    case ptLogin: return QStringLiteral("Login.asp?") + Params;
-    case ptAddCustomer: return QStringLiteral("AddCustomer.asp?") + Params;
-    case ptActivateCustomer: return QStringLiteral("ActivateCustomer.asp?") + Params;
-    case ptReferFriends: return QStringLiteral("ReferFriends.asp?") + Params;
-    case ptPostSongData: return QStringLiteral("PostSongData.asp?") + Params;
-    case ptLookupMobileNumber: return QStringLiteral("LookupMobileNumber.asp?") + Params;
-    case ptSend: return QStringLiteral("Send.asp?") + Params;
-    case ptAnnouncementRead: return QStringLiteral("AnnouncementRead.asp?") + Params;
-    case ptUpdateTID: return QStringLiteral("UpdateTID.asp?") + Params;
-    case ptDeleteTID: return QStringLiteral("DeleteTID.asp?") + Params;
-    case ptCheckVersion: return QStringLiteral("CheckVersion.asp?Version=") + ProgramVersion();
+    case ptServiceProviderList: return page(wire::kServiceProviderList, "?CountryID=") + Params;
+    case ptTerminalVendorList: return page(wire::kTerminalVendorList);
+    case ptTerminalTypeList: return page(wire::kTerminalTypeList, "?TerminalVendorID=") + Params;
+    case ptCountryList: return page(wire::kCountryList);
+    case ptLogin: return page(wire::kLogin, "?") + Params;
+    case ptAddCustomer: return page(wire::kAddCustomer, "?") + Params;
+    case ptActivateCustomer: return page(wire::kActivateCustomer, "?") + Params;
+    case ptReferFriends: return page(wire::kReferFriends, "?") + Params;
+    case ptPostSongData: return page(wire::kPostSongData, "?") + Params;
+    case ptLookupMobileNumber: return page(wire::kLookupMobileNumber, "?") + Params;
+    case ptSend: return page(wire::kSend, "?") + Params;
+    case ptAnnouncementRead: return page(wire::kAnnouncementRead, "?") + Params;
+    case ptUpdateTID: return page(wire::kUpdateTID, "?") + Params;
+    case ptDeleteTID: return page(wire::kDeleteTID, "?") + Params;
+    case ptCheckVersion: return page(wire::kCheckVersion, "?Version=") + ProgramVersion();
     default: return {};
     }
 }

@@ -1,8 +1,6 @@
 #include "service/CLoginManager.h"
 
 #include "core/CError.h"
-#include "core/StartupParts.h"
-#include "core/frmIntro.h"
 #include "core/globals.h"
 #include "core/modCommon.h"
 #include "core/modEncryption.h"
@@ -24,17 +22,6 @@ const QString kEnterBoth = QStringLiteral("Please enter your mobile number and p
 const QString kInvalidLogin = QStringLiteral("Invalid login. Please try again.");
 const QString kDefaultFormat = QStringLiteral("AMR Narrowband");
 constexpr int kMostFailedAttempts = 5;
-
-QWidget* MainWindow()
-{
-    return seams().mainWindow ? seams().mainWindow() : nullptr;
-}
-
-QWidget* LoginBackground()
-{
-    QWidget* main = MainWindow();
-    return main ? main->findChild<QWidget*>(QStringLiteral("picLoginBackground")) : nullptr;
-}
 
 // A whole number of 16 bits from text: rounded to the nearest, halves to
 // even; anything else is a type mismatch or an overflow.
@@ -67,15 +54,6 @@ QString Origin()
 }
 }  // namespace
 
-void RegisterLogin()
-{
-    startupParts().login = [](const QString& DefaultNumber) {
-        CLoginManager manager;
-        manager.Login(DefaultNumber);
-        return LoginResult{manager.LoggedIn(), manager.DoSignup()};
-    };
-}
-
 CLoginManager::CLoginManager()
 {
     NewWindow();
@@ -104,13 +82,7 @@ void CLoginManager::Login(const QString& DefaultNumber)
         mfrmLogin->txtMobileNumber->setText(number);
         mfrmLogin->txtMobileNumber->setCursorPosition(static_cast<int>(number.size()));
     }
-    if (QWidget* backdrop = LoginBackground()) {
-        const QWidget* main = backdrop->parentWidget();
-        const int width = mfrmLogin->width() - TwipsToPixelsX(600);
-        const int height = mfrmLogin->height() - TwipsToPixelsY(800);
-        backdrop->setGeometry((main->width() - width) / 2, (main->height() - height) / 2, width, height);
-        backdrop->show();
-    }
+    emit BackdropWanted(mfrmLogin->width() - TwipsToPixelsX(600), mfrmLogin->height() - TwipsToPixelsY(800));
     mfrmLogin->Show(true);
     // The window has been hidden by one of the three outcomes.
     mfrmLogin->Unload();
@@ -124,10 +96,7 @@ void CLoginManager::ReadLoginReply(const QString& reply)
     ResumeNext(err, [&] { mbLoggedIn = Field(fields, 0) == QLatin1String("1"); });
     ResumeNext(err, [&] {
         gintFreeQuills = TextToInt16(Field(fields, 7));
-        if (QWidget* main = MainWindow()) {
-            if (auto* label = main->findChild<QLabel*>(QStringLiteral("lblFreeQuillCount")))
-                label->setText(QString::number(gintFreeQuills));
-        }
+        emit FreeQuillsRead();
     });
     ResumeNext(err, [&] { gstrCustomerID = QString::number(TextToInt16(Field(fields, 1))); });
     ResumeNext(err, [&] { gstrChargeText = Field(fields, 10); });
@@ -175,10 +144,7 @@ void CLoginManager::mfrmLogin_OKClicked()
     CAnnouncements().CheckForAnnouncements();
 
     if (mbLoggedIn) {
-        if (QWidget* backdrop = LoginBackground()) {
-            backdrop->move(TwipsToPixelsX(15000), backdrop->y());
-            backdrop->hide();
-        }
+        emit BackdropDone(true);
         QCoreApplication::processEvents();
         window->Hide();
         return;
@@ -194,8 +160,7 @@ void CLoginManager::mfrmLogin_OKClicked()
 
 void CLoginManager::mfrmLogin_CancelClicked()
 {
-    if (QWidget* backdrop = LoginBackground())
-        backdrop->hide();
+    emit BackdropDone(false);
     mbCancelled = true;
     mfrmLogin->Hide();
 }
@@ -205,13 +170,5 @@ void CLoginManager::mfrmLogin_DoSignup()
     mbDoSignup = true;
     gbSignUpActive = true;
     mfrmLogin->Hide();
-    if (QWidget* main = MainWindow()) {
-        if (auto* skinned = qobject_cast<CSkinWindow*>(main))
-            skinned->Unload();
-        else
-            main->hide();
-    }
-    frmIntro& intro = IntroWindow();
-    intro.Load();
-    intro.Show(false);
+    emit SignUpChosen();
 }

@@ -4,6 +4,7 @@
 #include "core/seams.h"
 #include "skin/CClickLabel.h"
 #include "skin/CPictureButton.h"
+#include "wire/Pages.h"
 
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -84,7 +85,7 @@ void frmLogin::Timer1_Timer()
 
 void frmLogin::lblURL_Click()
 {
-    OpenInBrowser(seams().serviceBaseUrl + QStringLiteral("password.asp"));
+    OpenInBrowser(seams().serviceBaseUrl + QLatin1String(wire::kPassword));
 }
 
 void frmLogin::Form_KeyDown(int key)

@@ -1,4 +1,5 @@
 #include "core/CError.h"
+#include "core/MainWindow.h"
 #include "core/globals.h"
 #include "core/modCommon.h"
 #include "core/modEncryption.h"
@@ -291,7 +292,7 @@ private slots:
         QFETCH(QRect, main);
         QWidget mainWindow;
         mainWindow.setGeometry(main);
-        seams().mainWindow = [&mainWindow] { return &mainWindow; };
+        SetMainWindow([&mainWindow] { return &mainWindow; });
         QWidget dialog;
         dialog.resize(200, 100);
         CenterOnMainWindow(&dialog);

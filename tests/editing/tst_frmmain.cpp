@@ -1,3 +1,4 @@
+#include "core/MainWindow.h"
 #include "core/globals.h"
 #include "core/modCommon.h"
 #include "core/seams.h"
@@ -60,10 +61,10 @@ private slots:
     void init()
     {
         ground = std::make_unique<TestGround>();
-        seams().mainWindow = [] {
+        SetMainWindow([] {
             MainForm().Load();
             return static_cast<QWidget*>(&MainForm());
-        };
+        });
         song = MakeTone(ground->root() + "/Some Song.mp3", 10.0);
         QVERIFY(!song.isEmpty());
         form = &MainForm();

@@ -6,8 +6,6 @@
 #include "core/seams.h"
 #include "service/CAnnouncements.h"
 #include "service/CLoginManager.h"
-#include "core/StartupParts.h"
-#include "core/frmIntro.h"
 #include "skin/CPictureButton.h"
 #include "service/frmLogin.h"
 #include "support/DialogAnswerer.h"
@@ -47,6 +45,20 @@ int Requests(const QString& page)
 }
 }  // namespace
 
+// A login wired to the stand-in main window as the shell wires it to frmMain.
+class StandInLogin : public CLoginManager {
+public:
+    explicit StandInLogin(QWidget* main)
+    {
+        auto* backdrop = main->findChild<QWidget*>("picLoginBackground");
+        auto* count = main->findChild<QLabel*>("lblFreeQuillCount");
+        connect(this, &CLoginManager::BackdropWanted, backdrop, &QWidget::show);
+        connect(this, &CLoginManager::BackdropDone, backdrop, &QWidget::hide);
+        connect(this, &CLoginManager::FreeQuillsRead, count, [count] { count->setText(QString::number(gintFreeQuills)); });
+        connect(this, &CLoginManager::SignUpChosen, main, &QWidget::hide);
+    }
+};
+
 class tst_Login : public QObject {
     Q_OBJECT
     std::unique_ptr<ServiceFixture> service;
@@ -74,11 +86,9 @@ private slots:
         auto* backdrop = new QWidget(mainWindow.get());
         backdrop->setObjectName("picLoginBackground");
         backdrop->hide();
-        seams().mainWindow = [this] { return mainWindow.get(); };
     }
     void cleanup()
     {
-        DropStartupWindows();
         mainWindow.reset();
         ground.reset();
     }
@@ -116,7 +126,7 @@ private slots:
         QFETCH(QString, reply);
         gintFreeQuills = 9;
         gstrChargeText = "old";
-        CLoginManager manager;
+        StandInLogin manager(mainWindow.get());
         manager.ReadLoginReply(reply);
         QTEST(manager.LoggedIn(), "loggedIn");
         QTEST(gstrCustomerID, "customerId");
@@ -131,7 +141,7 @@ private slots:
         auto script = std::make_unique<DialogAnswerer>();
         script->answer("frmLogin", SignIn(kDemo, kDemoPassword))
             .answer("frmAnnouncements", "imgOK");
-        CLoginManager manager;
+        StandInLogin manager(mainWindow.get());
         manager.Login({});
         QVERIFY2(script->finishedCleanly(), qPrintable(script->problems()));
         QVERIFY(script->seen[1].text.contains("This is the demo account"));
@@ -155,7 +165,7 @@ private slots:
         QCOMPARE(Requests("AnnouncementRead.asp"), 2);
         DialogAnswerer again;
         again.answer("frmLogin", SignIn(kDemo, kDemoPassword));
-        CLoginManager second;
+        StandInLogin second(mainWindow.get());
         second.Login({});
         QVERIFY(second.LoggedIn());
         QVERIFY(again.unexpected.isEmpty());
@@ -189,7 +199,7 @@ private slots:
         script.answer("frmLogin", SignIn(number, password))
             .answer("frmGenericOKDialog", "Enter")
             .answer("frmLogin", "imgCancel");
-        CLoginManager manager;
+        StandInLogin manager(mainWindow.get());
         manager.Login({});
         QVERIFY2(script.finishedCleanly(), qPrintable(script.problems()));
         QVERIFY2(script.seen[1].text.contains(message), qPrintable(script.seen[1].text));
@@ -217,7 +227,7 @@ private slots:
             script.answer("frmLogin", SignIn(kDemo, "wrong")).answer("frmGenericOKDialog", "Enter");
         if (rejections < 6)
             script.answer("frmLogin", "imgCancel");
-        CLoginManager manager;
+        StandInLogin manager(mainWindow.get());
         manager.Login({});
         QVERIFY(script.allAnswered());
         QCOMPARE(manager.FailedAttempts(), int16_t(rejections));
@@ -240,7 +250,7 @@ private slots:
             SaveAppSetting("Origin", setting, kSettings);
         DialogAnswerer script;
         script.answer("frmLogin", SignIn(kDemo, kDemoPassword));
-        CLoginManager manager;
+        StandInLogin manager(mainWindow.get());
         manager.Login({});
         QVERIFY(manager.LoggedIn());
         QVERIFY(LogLines().filter("Login.asp?").first().endsWith(sent));
@@ -248,20 +258,18 @@ private slots:
 
     void windowChoices()
     {
-        // Sign-up leaves for the intro window.
+        // Sign-up leaves the main window (for the intro: tst_startup).
         mainWindow->show();
         {
             DialogAnswerer signup;
             signup.answer("frmLogin", [](QWidget* w) {
                 QTest::mouseClick(static_cast<frmLogin*>(w)->lblSignUp2, Qt::LeftButton);
             });
-            CLoginManager first;
+            StandInLogin first(mainWindow.get());
             first.Login({});
             QVERIFY(first.DoSignup() && !first.LoggedIn());
             QVERIFY(gbSignUpActive);
             QVERIFY(!mainWindow->isVisible());
-            QVERIFY(IntroWindow().isVisible());
-            IntroWindow().Hide();
         }
 
         // The forgotten-password link opens the service's page and stays; Esc ends the program.
@@ -274,7 +282,7 @@ private slots:
             QTest::mouseClick(window->lblURL, Qt::LeftButton);
             QTest::keyClick(window, Qt::Key_Escape);
         });
-        CLoginManager second;
+        StandInLogin second(mainWindow.get());
         second.Login({});
         QCOMPARE(shownNumber, QString("0411000111"));
         QCOMPARE(ground->openedUrls, QStringList{service->baseUrl() + "password.asp"});
@@ -296,7 +304,7 @@ private slots:
             window->txtPassword->setText(kDemoPassword);
             QTest::keyClick(window->txtPassword, Qt::Key_Return);
         });
-        CLoginManager manager;
+        StandInLogin manager(mainWindow.get());
         manager.Login("0400000000");
         QCOMPARE(typed, QString("0412345678"));
         QVERIFY(manager.LoggedIn());
@@ -342,18 +350,6 @@ private slots:
         QVERIFY2(script.finishedCleanly(), qPrintable(script.problems()));
         QVERIFY(script.seen[0].text.contains("cannot be reached"));
         QVERIFY(script.seen[1].text.split('\n').contains("err"));
-    }
-
-    void startupLogsInThroughThisLogin()
-    {
-        RegisterLogin();
-        DialogAnswerer script;
-        script.answer("frmLogin", SignIn(kDemo, kDemoPassword));
-        const LoginResult result = startupParts().login(QString());
-        startupParts().login = nullptr;
-        QVERIFY(script.allAnswered());
-        QVERIFY(result.LoggedIn && !result.DoSignup);
-        QCOMPARE(gstrMobileNumber, kDemo);
     }
 };
 

@@ -1,3 +1,4 @@
+#include "core/MainWindow.h"
 #include "core/globals.h"
 #include "core/modCommon.h"
 #include "core/seams.h"
@@ -205,7 +206,7 @@ private slots:
         QFETCH(bool, onScreen);
         QWidget main;
         main.setGeometry(40, 60, 700, 500);
-        seams().mainWindow = [&main] { return &main; };
+        SetMainWindow([&main] { return &main; });
 
         auto dlg = MessageWindow(window);
         dlg->Load();

@@ -1,5 +1,6 @@
 #include "support/TestGround.h"
 
+#include "core/MainWindow.h"
 #include "core/globals.h"
 #include "core/seams.h"
 
@@ -25,6 +26,9 @@ TestGround::TestGround()
         return true;
     };
     s.endNow = [this](int code) { endCodes << code; };
+    // A test that wants to see the quit's process sweep sets its own.
+    s.killProcess = [](const QString&) { return false; };
+    SetMainWindow({});
     ResetGlobals();
 }
 
@@ -32,6 +36,8 @@ TestGround::~TestGround()
 {
     seams() = DefaultSeams();
     seams().endNow = [](int) {};  // a stray end after the test must not take the runner down
+    seams().killProcess = [](const QString&) { return false; };
+    SetMainWindow({});
     ResetGlobals();
 }
 

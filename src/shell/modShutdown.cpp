@@ -1,4 +1,4 @@
-#include "core/modShutdown.h"
+#include "shell/modShutdown.h"
 
 #include "core/modCommon.h"
 #include "core/modKillProcess.h"
@@ -64,8 +64,7 @@ void QuitFromMainWindow(QWidget* frmMain)
         frmMain->hide();
     WriteLog(QStringLiteral("Shutting down Quillo Tone"));
     // This normally ends the run on the spot, with every other copy of the program.
-    if (seams().killProcess)
-        seams().killProcess(kProgramFileName);
+    seams().killProcess(kProgramFileName);
     QThread::msleep(500);
     if (frmMain)
         frmMain->close();

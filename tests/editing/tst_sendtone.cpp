@@ -1,7 +1,9 @@
+#include "core/MainWindow.h"
 #include "core/globals.h"
 #include "core/modCommon.h"
 #include "core/modEncryption.h"
 #include "core/seams.h"
+#include "delivery/SendTone.h"
 #include "editing/frmMain.h"
 #include "platform/AudioEditor2.h"
 #include "service/CHTTPCall.h"
@@ -73,10 +75,10 @@ private slots:
     {
         ground = std::make_unique<TestGround>();
         service->aimSeams();
-        seams().mainWindow = [] {
+        SetMainWindow([] {
             MainForm().Load();
             return static_cast<QWidget*>(&MainForm());
-        };
+        });
         gstrMachineKey = Hash("525400123456");
         QDir(ground->root()).mkpath("Rock");
         song = MakeTone(ground->root() + "/Rock/Anthem.mp3", 30.0);
@@ -307,7 +309,7 @@ private slots:
                                        "title=Love & Rain", "-metadata", "artist=The Band", "-metadata", "date=1999",
                                        file}));
         }
-        const QString report = form->BuildSongReport(file);
+        const QString report = BuildSongReport(file);
         QVERIFY2(report.startsWith("CID=17&SongBlob=" + blobStart), qPrintable(report));
         const QString blob = report.mid(QString("CID=17&SongBlob=").size());
         QCOMPARE(blob.count('|'), tagged ? 13 : 12);

@@ -1,22 +1,26 @@
-#include "core/StartupParts.h"
-#include "core/frmIntro.h"
-#include "core/frmTitle.h"
+#include "core/MainWindow.h"
 #include "core/globals.h"
 #include "core/modCommon.h"
 #include "core/modKillProcess.h"
-#include "core/modShutdown.h"
 #include "core/modStartup.h"
 #include "core/seams.h"
+#include "service/frmLogin.h"
+#include "shell/SubMain.h"
+#include "shell/frmIntro.h"
+#include "shell/frmTitle.h"
+#include "shell/modShutdown.h"
 #include "skin/CPictureButton.h"
 #include "support/DialogAnswerer.h"
 #include "support/Files.h"
 #include "support/QuietOffscreen.h"
+#include "support/ServiceFixture.h"
 #include "support/TestGround.h"
 
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDir>
 #include <QFile>
+#include <QLineEdit>
 #include <QProcess>
 #include <QScreen>
 #include <QSettings>
@@ -81,7 +85,7 @@ class tst_Startup : public QObject {
 
     void useMainWindow()
     {
-        seams().mainWindow = [this] {
+        SetMainWindow([this] {
             if (!main) {
                 ++mainLoads;
                 main = std::make_unique<QWidget>();
@@ -89,7 +93,7 @@ class tst_Startup : public QObject {
                 main->setGeometry(100, 100, 640, 480);
             }
             return main.get();
-        };
+        });
     }
 
 private slots:
@@ -108,8 +112,8 @@ private slots:
         mainLoads = 0;
         loginCalls.clear();
         loginAnswer = {};
-        startupParts() = {};
-        startupParts().login = [this](const QString& text) {
+        startRoads() = {};
+        startRoads().login = [this](const QString& text) {
             loginCalls << text;
             return loginAnswer;
         };
@@ -120,7 +124,7 @@ private slots:
     {
         DropStartupWindows();
         main.reset();
-        startupParts() = {};
+        startRoads() = DefaultStartRoads();
         ground.reset();
     }
 
@@ -146,7 +150,7 @@ private slots:
         if (!did.isEmpty())
             SaveAppSetting("DID", did, kSettings);
         int confirmations = 0;
-        startupParts().confirmPendingSignUp = [&] {
+        startRoads().confirmPendingSignUp = [&] {
             ++confirmations;
             return PendingSignUp::Confirmed;
         };
@@ -183,7 +187,7 @@ private slots:
         QFETCH(int, outcome);
         QFETCH(bool, ended);
         SaveAppSetting("t1nuc", "99", kSettings);
-        startupParts().confirmPendingSignUp = [outcome] { return PendingSignUp(outcome); };
+        startRoads().confirmPendingSignUp = [outcome] { return PendingSignUp(outcome); };
         QCOMPARE(ends([] { SubMain(); }), ended);
         QCOMPARE(mainLoads, 0);
         QVERIFY(loginCalls.isEmpty());
@@ -254,7 +258,7 @@ private slots:
             QVERIFY(WriteFile(gstrMyMusicPath, "<Quillotone><Folder/></Quillotone>"));
         bool ran = false;
         if (withSearch)
-            startupParts().searchForMusic = [&] { ran = true; };
+            startRoads().searchForMusic = [&] { ran = true; };
         DialogAnswerer answerer;
         if (!answer.isEmpty())
             answerer.answer("frmConfirmSearch", answer);
@@ -398,7 +402,7 @@ private slots:
             kills << name;
             return true;  // this process survives: the routine's last steps run
         };
-        QWidget* frmMain = seams().mainWindow();
+        QWidget* frmMain = MainWindow();
         frmMain->show();
         DialogAnswerer answerer;
         answerer.answer("frmConfirmExit", answer);
@@ -455,12 +459,50 @@ private slots:
     void intro_signUpShowsThePhoneCheck()
     {
         int shown = 0;
-        startupParts().showPhoneCheck = [&] { ++shown; };
+        startRoads().showPhoneCheck = [&] { ++shown; };
         frmIntro& intro = IntroWindow();
         intro.Show(false);
         QTest::mouseClick(intro.Button("imgOK"), Qt::LeftButton);
         QCOMPARE(shown, 1);
         QVERIFY(!intro.isVisible());
+    }
+
+    // The real login road: a wish to sign up trades the main window for the
+    // intro; a sign-in logs in.
+    void login_realRoad()
+    {
+        startRoads() = DefaultStartRoads();
+        QWidget* frmMain = MainWindow();
+        frmMain->show();
+        {
+            DialogAnswerer signup;
+            signup.answer("frmLogin", [](QWidget* w) {
+                QTest::mouseClick(static_cast<frmLogin*>(w)->lblSignUp2, Qt::LeftButton);
+            });
+            const LoginResult result = startRoads().login(QString());
+            QVERIFY(signup.allAnswered());
+            QVERIFY(result.DoSignup && !result.LoggedIn);
+            QVERIFY(gbSignUpActive);
+            QVERIFY(!frmMain->isVisible());
+            QVERIFY(IntroWindow().isVisible());
+            IntroWindow().Hide();
+        }
+
+        ServiceFixture service;
+        QVERIFY(service.running());
+        service.aimSeams();
+        gstrMachineKey = "0123456789ABCDEF";
+        DialogAnswerer script;
+        script.answer("frmLogin", [](QWidget* w) {
+            auto* window = static_cast<frmLogin*>(w);
+            window->txtMobileNumber->setText(ServiceFixture::kDemoMobile);
+            window->txtPassword->setText(ServiceFixture::kDemoPassword);
+            QTest::mouseClick(window->imgSignIn, Qt::LeftButton);
+        }).answer("frmAnnouncements", "imgOK");
+        const LoginResult result = startRoads().login(QString());
+        QVERIFY(script.allAnswered());
+        QVERIFY(result.LoggedIn && !result.DoSignup);
+        QCOMPARE(gstrMobileNumber, QString(ServiceFixture::kDemoMobile));
     }
 
     void title_parksBelowTheScreen()
@@ -481,7 +523,7 @@ private slots:
     {
         QFETCH(bool, signUp);
         QFETCH(bool, search);
-        QWidget* frmMain = seams().mainWindow();
+        QWidget* frmMain = MainWindow();
         frmMain->show();
         frmTitle& title = TitleWindow();
         title.show();

@@ -1,7 +1,7 @@
 // Renders every window of the program to build/screenshots/<name>.png (or the
 // folder given as the first argument), holes transparent, so that anyone can
 // look at the skin. tools/screenshots.sh runs it under Xvfb.
-#include "core/frmIntro.h"
+#include "shell/frmIntro.h"
 #include "core/globals.h"
 #include "core/modCommon.h"
 #include "delivery/frmUploadingTone.h"

@@ -1,5 +1,6 @@
-#include "core/frmTitle.h"
+#include "shell/frmTitle.h"
 
+#include "core/MainWindow.h"
 #include "core/globals.h"
 #include "core/seams.h"
 #include "core/twips.h"
@@ -12,11 +13,6 @@
 
 namespace {
 QPointer<frmTitle> gTitle;
-
-QWidget* mainWindow()
-{
-    return seams().mainWindow ? seams().mainWindow() : nullptr;
-}
 
 // An intro, a sign-up or a disk search stands in for the main window.
 bool standsAside()
@@ -47,7 +43,7 @@ void frmTitle::Form_Activate()
 {
     if (standsAside())
         return;
-    QWidget* main = mainWindow();
+    QWidget* main = MainWindow();
     if (!main)
         return;
     if (windowState() & Qt::WindowMinimized) {
@@ -63,7 +59,7 @@ void frmTitle::Form_Resize()
 {
     if (standsAside() || (windowState() & (Qt::WindowMinimized | Qt::WindowMaximized)))
         return;
-    if (QWidget* main = mainWindow())
+    if (QWidget* main = MainWindow())
         main->show();
 }
 

@@ -1,10 +1,11 @@
-#include "core/frmIntro.h"
+#include "shell/frmIntro.h"
 
-#include "core/StartupParts.h"
-#include "core/frmTitle.h"
+#include "core/MainWindow.h"
 #include "core/modCommon.h"
-#include "core/modShutdown.h"
 #include "core/seams.h"
+#include "shell/SubMain.h"
+#include "shell/frmTitle.h"
+#include "shell/modShutdown.h"
 #include "skin/CDialog.h"
 #include "skin/CPictureButton.h"
 #include "skin/frmGenericOKDialog.h"
@@ -51,7 +52,7 @@ void frmIntro::imgClose_Released()
 
 void frmIntro::imgOK_Released()
 {
-    const auto& showPhoneCheck = startupParts().showPhoneCheck;
+    const auto& showPhoneCheck = startRoads().showPhoneCheck;
     if (!showPhoneCheck) {
         CDialog().Display(QStringLiteral("Signing up from Quillotone is not available in this version yet. "
                                          "Sign in with an account you already have."),
@@ -65,12 +66,11 @@ void frmIntro::imgOK_Released()
 void frmIntro::imgSignIn_Released()
 {
     SetFormEnabled(this, false);
-    QWidget* main = seams().mainWindow ? seams().mainWindow() : nullptr;
+    QWidget* main = MainWindow();
     Hide();
     SetMousePointer(vbDefault);
 
-    const auto& login = startupParts().login;
-    const LoginResult result = login ? login(QString()) : LoginResult{};
+    const LoginResult result = startRoads().login(QString());
     if (result.LoggedIn) {
         // frmTitle is not shown on this road and gbSignUpActive stays set for
         // the run: both follow from the road and are kept.
