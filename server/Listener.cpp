@@ -210,10 +210,11 @@ Listener::Listener(Router& router, const ListenerLimits& limits)
                 }
                 bool close = false;
                 std::string reply = mRouter.Answer(job.head, job.body, job.ip, job.port, close);
-                job = Shared::Job();
+                const uint64_t id = job.id;
+                job = Shared::Job();  // the body goes before the next request comes
                 {
                     std::lock_guard lock(mShared->mutex);
-                    mShared->done.push_back({job.id, std::move(reply), close});
+                    mShared->done.push_back({id, std::move(reply), close});
                 }
                 const uint64_t one = 1;
                 [[maybe_unused]] auto n = ::write(mWakeFd, &one, sizeof one);
