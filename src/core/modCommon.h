@@ -13,6 +13,8 @@ class QWidget;
 class QLineEdit;
 
 inline constexpr char kAppName[] = "Quillotone";
+// The program's version: shown by the about window, sent with the version check.
+inline constexpr char kAppVersion[] = "1.7.0";
 inline const QString kSettings = QStringLiteral("Settings");
 inline const QString kToneData = QStringLiteral("ToneData");
 

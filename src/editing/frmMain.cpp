@@ -8,7 +8,14 @@
 #include "core/numbers.h"
 #include "core/seams.h"
 #include "core/twips.h"
+#include "cd/frmRipCD.h"
+#include "cd/modCDChecking.h"
 #include "editing/CAudioPlayer.h"
+#include "editing/CAudioRecorder.h"
+#include "editing/ToneView.h"
+#include "editing/frmAbout.h"
+#include "editing/frmConfiguration.h"
+#include "editing/frmZoomEdit.h"
 #include "editing/ToneMeasures.h"
 #include "platform/AudioEditor2.h"
 #include "platform/NCTAmpBar2.h"
@@ -137,14 +144,16 @@ void frmMain::buildControls()
         spot("lblSettings", tw(16, 214, 40, 10)),
         spot("lblAbout", tw(60, 214, 40, 10)),
         spot("lblLastURL", tw(104, 214, 40, 10)),
-        text("lblStartRecording", tw(300, 132, 64, 14), 8, false, Qt::AlignCenter),
-        text("lblStopRecording", tw(370, 132, 64, 14), 8, false, Qt::AlignCenter),
+        {QStringLiteral("lblStartRecording"), tw(300, 132, 64, 14), LabelKind::Link, QStringLiteral("record"), 8,
+         false, Qt::AlignCenter},
+        {QStringLiteral("lblStopRecording"), tw(370, 132, 64, 14), LabelKind::Link, QStringLiteral("end take"), 8,
+         false, Qt::AlignCenter},
     };
     SkinWindowDesc record = mainFace(true);
     record.labels = face.labels;
     mRecordFace = skin::PaintFace(skin::LaidOut(record));
-    Build(face);
     mNormalFace = skin::PaintFace(skin::LaidOut(face));
+    Build(record);  // the record buttons too; ApplyWindowMode shows the face of the mode
 
     // The two background pictures, kept as the controls that hold them.
     auto* normal = new QLabel(this);
@@ -221,19 +230,17 @@ void frmMain::Form_Load()
 
         NCTSliderB21->SetValue(32000);
         AudioEditor21->SetVolume(NCTSliderB21->Value());
+        mobjRecord = std::make_unique<CAudioRecorder>();
+        connect(mobjRecord.get(), &CAudioRecorder::Timer, this, &frmMain::mobjRecord_Timer);
         mobjRecordAudioPlayer = std::make_unique<CAudioPlayer>();
-        connect(mobjRecordAudioPlayer.get(), &CAudioPlayer::Timer, this, &frmMain::mobjRecordAudioPlayer_Timer);
 
         connect(AudioEditor21, &AudioEditor2::OnEditorProgress, this, &frmMain::AudioEditor21_OnEditorProgress);
-        connect(AudioEditor21, &AudioEditor2::OnEditorSelectionChanged, this,
-                &frmMain::AudioEditor21_OnEditorSelectionChanged);
-        connect(AudioEditor21, &AudioEditor2::OnEditorPositionChanged, this,
-                &frmMain::AudioEditor21_OnEditorPositionChanged);
-        connect(AudioEditor21, &AudioEditor2::OnEditorPositionSet, this,
-                &frmMain::AudioEditor21_OnEditorPositionChanged);
+        connect(AudioEditor21, &AudioEditor2::OnEditorSelectionChanged, this, [this] { view().SelectionChanged(); });
+        connect(AudioEditor21, &AudioEditor2::OnEditorPositionChanged, this, [this] { view().PositionChanged(); });
+        connect(AudioEditor21, &AudioEditor2::OnEditorPositionSet, this, [this] { view().PositionChanged(); });
         connect(AudioEditor21, &AudioEditor2::OnEditorMouseMove, this, &frmMain::ResetButtonPictures);
         connect(NCTSliderB21, &NCTSliderB2::OnVolumeSliderMoved, AudioEditor21, &AudioEditor2::SetVolume);
-        connect(tmrVolume, &QTimer::timeout, this, &frmMain::tmrVolume_Timer);
+        connect(tmrVolume, &QTimer::timeout, this, [this] { StepVolume(NCTSliderB21, mintVolumeDirection); });
         tmrVolume->start();
 
         connect(Button(QStringLiteral("cmdOpen")), &CPictureButton::Released, this, &frmMain::cmdOpen_Released);
@@ -244,10 +251,18 @@ void frmMain::Form_Load()
         connect(Button(QStringLiteral("cmdSend")), &CPictureButton::Released, this, &frmMain::cmdSend_Released);
         connect(Button(QStringLiteral("cmdMyMusic")), &CPictureButton::Released, this,
                 [this] { notThereYet(QStringLiteral("The My Music library")); });
-        connect(Button(QStringLiteral("cmdRip")), &CPictureButton::Released, this,
-                [this] { notThereYet(QStringLiteral("Ripping from a CD")); });
-        connect(Button(QStringLiteral("cmdRecord")), &CPictureButton::Released, this,
-                [this] { notThereYet(QStringLiteral("Recording from the sound card")); });
+        connect(Button(QStringLiteral("cmdRip")), &CPictureButton::Released, this, &frmMain::cmdRip_Released);
+        connect(Button(QStringLiteral("cmdRecord")), &CPictureButton::Released, this, &frmMain::cmdRecord_Released);
+        // Start and its label are the second press of Rec.
+        connect(Button(QStringLiteral("imgStartRecording")), &CPictureButton::Released, this,
+                &frmMain::cmdRecord_Released);
+        connect(hotSpot("lblStartRecording"), &CClickLabel::Click, this, &frmMain::cmdRecord_Released);
+        connect(Button(QStringLiteral("imgStopRecording")), &CPictureButton::Released, this,
+                [this] { StopRecordingNow(false); });
+        connect(hotSpot("lblStopRecording"), &CClickLabel::Click, this, [this] { StopRecordingNow(false); });
+        connect(hotSpot("imgZoom"), &CClickLabel::Click, this, &frmMain::imgZoom_Click);
+        connect(hotSpot("lblSettings"), &CClickLabel::DblClick, this, &frmMain::lblSettings_DblClick);
+        connect(hotSpot("lblAbout"), &CClickLabel::DblClick, this, &frmMain::lblAbout_DblClick);
         connect(hotSpot("lblFreeQuills"), &CClickLabel::Click, this,
                 [this] { notThereYet(QStringLiteral("Referring friends for free quills")); });
         connect(hotSpot("lblClose"), &CClickLabel::Click, this, &frmMain::CloseWanted);
@@ -325,7 +340,7 @@ void frmMain::ApplyWindowMode()
     for (const char* name : {"SongCaption", "ToneCaption", "SizeCaption", "AtCaption"})
         label(name)->setVisible(!rec);
     // The take's running time stands under the record buttons.
-    label("lblSongLength")->setGeometry(rec ? tw(300, 136, 134, 16) : tw(48, 158, 50, 16));
+    label("lblSongLength")->setGeometry(rec ? tw(300, 142, 134, 14) : tw(48, 158, 50, 16));
     label("lblSongLength")->setAlignment(rec ? Qt::AlignCenter : Qt::AlignLeft | Qt::AlignVCenter);
     ampbarLeft->setVisible(rec);
     ampbarRight->setVisible(rec);
@@ -391,6 +406,54 @@ void frmMain::LoadSoundFile(const QString& path)
     label("imgLoading")->hide();
 }
 
+void frmMain::cmdRip_Released()
+{
+    try {
+        SetFormEnabled(this, false);
+        if (!CDInDrive()) {
+            SetMousePointer(vbDefault);
+            std::unique_ptr<frmMessage> insert = MessageWindow(QStringLiteral("frmInsertCD"));
+            insert->Load();
+            PrepareDialog(insert.get());
+            insert->Show(true);
+            insert->Unload();
+        } else {
+            auto rip = std::make_unique<frmRipCD>();
+            rip->Load();
+            SetMousePointer(vbDefault);
+            rip->Show(true);
+            const QString path = rip->Tag;
+            if (!path.isEmpty()) {
+                SetFormEnabled(this, false);
+                SetFormEnabled(this, true);
+                SetMousePointer(vbDefault);
+                QLabel* status = label("lblSoundFile");
+                status->setEnabled(true);
+                mintLoadStage = 1;
+                label("imgLoading")->show();
+                SetStatusText(QStringLiteral("Loading. Please wait (0% complete)"));
+                QCoreApplication::processEvents();
+                LoadIntoEditor(path);
+                SetStatusText(rip->SelectedTrackText());
+                SetControlTag(status, path);
+                mstrCurrentFile = path;
+                label("imgLoading")->hide();
+                mbRecordMode = false;
+                ApplyWindowMode();
+            }
+        }
+        SetFormEnabled(this, true);
+        HideCCDBWait();
+        label("imgLoading")->hide();
+        SetMousePointer(vbDefault);
+    } catch (const CError& e) {
+        label("imgLoading")->hide();
+        show();
+        MsgBox(e.Description());
+        SetFormEnabled(this, true);
+    }
+}
+
 void frmMain::LoadIntoEditor(const QString& path)
 {
     if (path.isEmpty())
@@ -440,30 +503,25 @@ void frmMain::AudioEditor21_OnEditorProgress(int percent)
     }
 }
 
-void frmMain::AudioEditor21_OnEditorSelectionChanged()
+ToneView frmMain::view()
 {
-    const int32_t length = AudioEditor21->SelectionEnd() - AudioEditor21->SelectionStart();
-    const float seconds = MillisecondsToSeconds(AudioEditor21->SamplesToMilliseconds(length));
-    if (seconds == 0)
-        return;
-    label("lblToneLength")->setText(LengthCaption(seconds));
-    label("lblToneSize")->setText(ToneSizeCaption(seconds));
-    AudioEditor21_OnEditorPositionChanged();
-}
-
-void frmMain::AudioEditor21_OnEditorPositionChanged()
-{
-    // By this order of steps the milliseconds of a thousandth of the
-    // position are the position in seconds.
-    const int32_t seconds = AudioEditor21->SamplesToMilliseconds(RoundToEven(AudioEditor21->PlayPosition() / 1000.0));
-    label("lblCurrentPosition")->setText(mbResetting ? kPositionEmpty : PositionCaption(seconds, msngTrimOffset));
+    return {AudioEditor21, label("lblToneLength"), label("lblToneSize"), label("lblCurrentPosition"),
+            msngTrimOffset, mbResetting, mbTrimmed};
 }
 
 void frmMain::cmdOpen_Released()
 {
     mbRecordMode = false;
     ApplyWindowMode();
-    // A take under way would be stopped and thrown away here, once recording exists.
+    if (mbRecording) {
+        // The take is thrown away: it stays in the scratch folder until the next start.
+        SetMousePointer(vbHourglass);
+        mbRecording = false;
+        ErrObject ignored;
+        ResumeNext(ignored, [this] { mobjRecord->StopRecording(); });
+        SetMousePointer(vbDefault);
+        ApplyWindowMode();
+    }
 
     // A music folder that does not exist would be offered as a file name.
     QString folder = QStandardPaths::writableLocation(QStandardPaths::MusicLocation);
@@ -482,22 +540,14 @@ void frmMain::cmdOpen_Released()
 void frmMain::cmdTrim_Released()
 {
     Button(QStringLiteral("cmdTrim"))->ShowRest();
-    if (mbRecordMode)
+    if (mbRecordMode || !view().SelectionMarked())
         return;
-    const int32_t start = AudioEditor21->SelectionStart();
-    const int32_t end = AudioEditor21->SelectionEnd();
-    if ((start == 0 && end == 0) || start == end) {
-        auto dlg = MessageWindow(QStringLiteral("frmToneNotTrimmed"));
-        dlg->Load();
-        PrepareDialog(dlg.get());
-        dlg->Show(true);
-        dlg->Unload();
-        return;
+    // A tone that came from a take: normal mode must hold from here on.
+    if (mobjRecord->RecordingExists()) {
+        mbRecordMode = false;
+        ApplyWindowMode();
     }
-    msngTrimOffset = static_cast<float>(AudioEditor21->SamplesToMilliseconds(RoundToEven(start / 1000.0)));
-    AudioEditor21->ZoomToRange(start, end);
-    AudioEditor21_OnEditorPositionChanged();
-    mbTrimmed = true;
+    view().TrimToSelection();
 }
 
 void frmMain::cmdReset_Released()
@@ -505,22 +555,7 @@ void frmMain::cmdReset_Released()
     Button(QStringLiteral("cmdReset"))->ShowRest();
     if (mstrCurrentFile.isEmpty())
         return;
-    ErrObject ignored;
-    ResumeNext(ignored, [&] { mbResetting = true; });
-    ResumeNext(ignored, [&] { AudioEditor21->ZoomFull(); });
-    ResumeNext(ignored, [&] {
-        label("lblToneLength")->setText(kToneLengthReset);
-        label("lblToneSize")->setText(kToneSizeReset);
-    });
-    ResumeNext(ignored, [&] {
-        AudioEditor21->SetSelectionStart(0);
-        AudioEditor21->SetSelectionEnd(0);
-        AudioEditor21->SetPlayPosition(0);
-    });
-    ResumeNext(ignored, [&] { cmdStop_Released(); });
-    msngTrimOffset = 0;
-    mbResetting = false;
-    mbTrimmed = false;
+    view().Reset([this] { cmdStop_Released(); });
 }
 
 void frmMain::cmdPlay_Released()
@@ -535,8 +570,10 @@ void frmMain::cmdPlay_Released()
 
 void frmMain::cmdStop_Released()
 {
-    if (mbRecordMode)
-        return;  // stops the take, once recording exists
+    if (mbRecordMode) {
+        StopRecordingNow(false);
+        return;
+    }
     Button(QStringLiteral("cmdStop"))->ShowRest();
     AudioEditor21->Stop();
     mbPlaying = false;
@@ -561,17 +598,108 @@ void frmMain::lblLastURL_DblClick()
         OpenInBrowser(url);
 }
 
-void frmMain::tmrVolume_Timer()
-{
-    if (mintVolumeDirection != 0)
-        NCTSliderB21->SetValue(NCTSliderB21->Value() + 3000 * mintVolumeDirection);
-}
-
-void frmMain::mobjRecordAudioPlayer_Timer(double SecondsElapsed)
+void frmMain::mobjRecord_Timer(double SecondsElapsed)
 {
     const QString shown = PositionCaption(RoundToEven(SecondsElapsed), 0);
     label("lblCurrentPosition")->setText(shown);
     label("lblSongLength")->setText(shown);
+}
+
+void frmMain::cmdRecord_Released()
+{
+    if (mbTrimmed && ShowMessageWindow(QStringLiteral("frmRecordDuringAudio")) == QLatin1String("Q"))
+        return;
+    AudioEditor21->Stop();
+    mbPlaying = false;
+    if (mbRecordMode) {
+        StartRecordingNow();
+        return;
+    }
+    Button(QStringLiteral("cmdRecord"))->ShowRest();
+    ClearToneDisplay();
+    mbRecordMode = true;
+    ApplyWindowMode();
+}
+
+void frmMain::StartRecordingNow()
+{
+    if (!mbRecordMode)
+        return;
+    Button(QStringLiteral("imgStartRecording"))->ShowClicked();
+    ShowMessageWindow(QStringLiteral("frmStartRecording"));
+    mstrRecordingPath = GetTempFolder() + QStringLiteral("qt.wav");
+    mobjRecord->StartRecording(mstrRecordingPath, ampbarLeft, ampbarRight);
+    mbRecording = true;
+}
+
+void frmMain::StopRecordingNow(bool bDiscard)
+{
+    if (!mbRecording)
+        return;
+    // Every failure is shown and the next step runs all the same.
+    auto step = [](const std::function<void()>& statement) {
+        ErrObject err;
+        ResumeNext(err, statement);
+        if (err.Stands())
+            MsgBox(err.Description);
+    };
+    SetMousePointer(vbHourglass);
+    step([this] { mobjRecordAudioPlayer->StopPlaying(); });
+    mbRecording = false;
+    if (!mobjRecord->Recording()) {
+        SetMousePointer(vbDefault);
+        return;
+    }
+    step([this] { mobjRecord->StopRecording(); });
+    mbRecordMode = false;
+    ApplyWindowMode();
+    if (!bDiscard) {
+        LoadSoundFile(mobjRecord->CurrentRecordingPath());
+        SetMousePointer(vbDefault);
+    }
+}
+
+void frmMain::imgZoom_Click()
+{
+    if (mstrCurrentFile.isEmpty()) {
+        ShowMessageWindow(QStringLiteral("frmNoToneSelected"));
+    } else {
+        AudioEditor21->Stop();
+        frmZoomEdit zoom;
+        zoom.Load();
+        zoom.NCTSliderB21->SetValue(NCTSliderB21->Value());
+        zoom.SetFile(mstrCurrentFile);
+        zoom.Label(QStringLiteral("lblSongLength"))->setText(label("lblSongLength")->text());
+        PrepareDialog(&zoom);
+        zoom.Show(true);
+        // Only the selection comes back, over the full view; mbTrimmed stays as it was.
+        if (zoom.Tag == QLatin1String("OK")) {
+            AudioEditor21->ZoomFull();
+            AudioEditor21->SetShowSelection(true);
+            AudioEditor21->SetSelectionStart(zoom.AudioEditor21->SelectionStart());
+            AudioEditor21->SetSelectionEnd(zoom.AudioEditor21->SelectionEnd());
+            label("lblToneLength")->setText(zoom.Label(QStringLiteral("lblToneLength"))->text());
+            label("lblToneSize")->setText(zoom.Label(QStringLiteral("lblToneSize"))->text());
+        }
+        zoom.Unload();
+    }
+    SetFormEnabled(this, true);
+}
+
+void frmMain::lblSettings_DblClick()
+{
+    frmConfiguration settings;
+    settings.Load();
+    settings.Show(true);
+    settings.Unload();
+}
+
+void frmMain::lblAbout_DblClick()
+{
+    frmAbout about;
+    about.Load();
+    about.Show(true);
+    about.Unload();
 }
 
 void frmMain::CheckToneSize(const QString& path, bool& result)

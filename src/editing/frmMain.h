@@ -11,10 +11,12 @@
 
 class AudioEditor2;
 class CAudioPlayer;
+class CAudioRecorder;
 class CClickLabel;
 class NCTAmpBar2;
 class NCTSliderB2;
 class QTimer;
+struct ToneView;
 
 class frmMain : public CSkinWindow, private SendToneHost {
     Q_OBJECT
@@ -28,6 +30,10 @@ public:
     void SetStatusText(const QString& text) override;
     void ApplyWindowMode();
     void ClearToneDisplay();
+    // Record mode: the first starts a take after frmStartRecording, the
+    // second ends it and loads it, or with bDiscard leaves it in the scratch folder.
+    void StartRecordingNow();
+    void StopRecordingNow(bool bDiscard);
     // True when the send may go on: the tone is within "MaxToneSize", or the
     // user agreed to send it anyway.
     void CheckToneSize(const QString& path, bool& result) override;
@@ -50,6 +56,7 @@ public:
     bool mbRecording = false;
     float msngFileLength = 0;
     bool mbTrimmed = false;
+    std::unique_ptr<CAudioRecorder> mobjRecord;
     std::unique_ptr<CAudioPlayer> mobjRecordAudioPlayer;  // here it is only ever stopped
 
     AudioEditor2* AudioEditor21 = nullptr;
@@ -81,18 +88,21 @@ private:
     CClickLabel* hotSpot(const char* name) const;
     void notThereYet(const QString& what);
 
+    ToneView view();
     void AudioEditor21_OnEditorProgress(int percent);
-    void AudioEditor21_OnEditorSelectionChanged();
-    void AudioEditor21_OnEditorPositionChanged();
     void cmdOpen_Released();
+    void cmdRecord_Released();
+    void cmdRip_Released();
     void cmdTrim_Released();
     void cmdReset_Released();
     void cmdPlay_Released();
     void cmdStop_Released();
     void cmdSend_Released();
+    void imgZoom_Click();
     void lblLastURL_DblClick();
-    void tmrVolume_Timer();
-    void mobjRecordAudioPlayer_Timer(double SecondsElapsed);
+    void lblSettings_DblClick();
+    void lblAbout_DblClick();
+    void mobjRecord_Timer(double SecondsElapsed);
 
     QImage mNormalFace;
     QImage mRecordFace;

@@ -4,7 +4,9 @@
 #include "core/seams.h"
 #include "core/twips.h"
 #include "editing/CAudioPlayer.h"
+#include "cd/CDManager.h"
 #include "editing/frmMain.h"
+#include "editing/frmZoomEdit.h"
 #include "platform/AudioEditor2.h"
 #include "platform/NCTAmpBar2.h"
 #include "platform/NCTSliderB2.h"
@@ -18,7 +20,9 @@
 #include "support/SoundFiles.h"
 #include "support/TestGround.h"
 
+#include <QCheckBox>
 #include <QClipboard>
+#include <QComboBox>
 #include <QFile>
 #include <QFileDialog>
 #include <QLineEdit>
@@ -266,12 +270,147 @@ private slots:
         QVERIFY(!form->mbPlaying);
     }
 
-    void recordPlayerTimeShowsInBothLabels()
+    // The zoom window hands back its marks exactly, over the full view; the
+    // main window's trim flag stays. Cancel changes nothing.
+    void zoomHandBack_data()
     {
-        QVERIFY(form->mobjRecordAudioPlayer);
-        emit form->mobjRecordAudioPlayer->Timer(75.0);
-        QCOMPARE(text("lblCurrentPosition"), QString("01m 15s"));
-        QCOMPARE(text("lblSongLength"), QString("01m 15s"));
+        QTest::addColumn<bool>("mainTrimmed");
+        QTest::addColumn<double>("from");
+        QTest::addColumn<double>("to");
+        QTest::addColumn<bool>("trimInZoom");
+        QTest::addColumn<QString>("press");
+        QTest::addColumn<QStringList>("shown");  // length and size captions after
+        QTest::addRow("marks, OK") << false << 2.0 << 7.0 << false << "cmdOK" << QStringList{"0m 5s", "~8Kb"};
+        QTest::addRow("trimmed in the zoom, OK") << false << 1.0 << 4.0 << true << "cmdOK" << QStringList{"0m 3s", "~5Kb"};
+        QTest::addRow("main trimmed, OK") << true << 6.0 << 8.5 << false << "cmdOK" << QStringList{"0m 2s", "~4Kb"};
+        QTest::addRow("Cancel") << false << 2.0 << 7.0 << false << "cmdCancel" << QStringList{"0m 1s", "~2Kb"};
+    }
+    void zoomHandBack()
+    {
+        QFETCH(bool, mainTrimmed);
+        QFETCH(double, from);
+        QFETCH(double, to);
+        QFETCH(bool, trimInZoom);
+        QFETCH(QString, press);
+        QFETCH(QStringList, shown);
+        form->LoadSoundFile(song);
+        select(3.0, 4.0);
+        if (mainTrimmed)
+            release("cmdTrim");
+        form->NCTSliderB21->SetValue(20000);
+        DialogAnswerer answers;
+        int zoomVolume = 0;
+        answers.answer("frmZoomEdit", [&](QWidget* w) {
+            auto* zoom = static_cast<frmZoomEdit*>(w);
+            QTRY_VERIFY(zoom->mbReady);
+            zoomVolume = zoom->AudioEditor21->Volume();
+            QCOMPARE(zoom->AudioEditor21->TotalSamples(), editor()->TotalSamples());
+            zoom->AudioEditor21->SetSelectionStart(int32_t(from * 44100));
+            zoom->AudioEditor21->SetSelectionEnd(int32_t(to * 44100));
+            QCoreApplication::processEvents();
+            if (trimInZoom)
+                emit zoom->Button("cmdTrim")->Released();
+            emit zoom->Button(press)->Released();
+        });
+        emit form->findChild<CClickLabel*>("imgZoom")->Click();
+        QVERIFY2(answers.finishedCleanly(), qPrintable(answers.problems()));
+        QCOMPARE(zoomVolume, 20000);
+        QCoreApplication::processEvents();
+        const bool ok = press == "cmdOK";
+        QCOMPARE(editor()->SelectionStart(), int32_t((ok ? from : 3.0) * 44100));
+        QCOMPARE(editor()->SelectionEnd(), int32_t((ok ? to : 4.0) * 44100));
+        QCOMPARE(text("lblToneLength"), shown[0]);
+        QCOMPARE(text("lblToneSize"), shown[1]);
+        QCOMPARE(form->mbTrimmed, mainTrimmed);
+        const bool fullView = ok || !mainTrimmed;
+        QCOMPARE(editor()->ViewStart(), fullView ? 0 : int32_t(3 * 44100));
+        QVERIFY(form->Button("cmdOpen")->isEnabled());
+    }
+
+    // What the settings window shows and stores decides the size check.
+    void configurationSetsTheSizeLimit_data()
+    {
+        QTest::addColumn<QString>("stored");
+        QTest::addColumn<QString>("choose");  // empty: close as it opened
+        QTest::addColumn<QString>("shown");
+        QTest::addColumn<int>("fits");
+        QTest::addColumn<int>("tooBig");
+        QTest::addRow("absent: closing stores 50 KB") << "" << "" << "50 KB" << 51200 << 51201;
+        QTest::addRow("unknown: shown as 50 KB") << "75 KB" << "" << "50 KB" << 51200 << 51201;
+        QTest::addRow("Unlimited stays") << "Unlimited" << "" << "Unlimited" << 3000000 << 0;
+        QTest::addRow("200 KB chosen") << "" << "200 KB" << "50 KB" << 204800 << 204801;
+    }
+    void configurationSetsTheSizeLimit()
+    {
+        QFETCH(QString, stored);
+        QFETCH(QString, choose);
+        QFETCH(QString, shown);
+        QFETCH(int, fits);
+        QFETCH(int, tooBig);
+        if (!stored.isEmpty())
+            SaveAppSetting("MaxToneSize", stored, kSettings);
+        DialogAnswerer answers;
+        QStringList sizes;
+        answers.answer("frmConfiguration", [&](QWidget* w) {
+            auto* list = w->findChild<QComboBox*>("cmbMaxToneSize");
+            for (int i = 0; i < list->count(); ++i)
+                sizes << list->itemText(i);
+            QCOMPARE(list->currentText(), shown);
+            if (!choose.isEmpty())
+                list->setCurrentText(choose);
+            emit static_cast<CSkinWindow*>(w)->Button("Command2")->Released();
+        });
+        emit form->findChild<CClickLabel*>("lblSettings")->DblClick();
+        QVERIFY(answers.allAnswered());
+        QCOMPARE(sizes, (QStringList{"50 KB", "100 KB", "150 KB", "200 KB", "500 KB", "Unlimited"}));
+        QCOMPARE(GetAppSetting("MaxToneSize", kSettings), choose.isEmpty() ? shown : choose);
+
+        bool result = false;
+        form->CheckToneSize(writeFile("fits.amr", QByteArray(fits, 'x')), result);
+        QVERIFY(result);
+        if (tooBig) {
+            answers.answer("frmToneTooBig", "imgOK");  // gives up
+            form->CheckToneSize(writeFile("big.amr", QByteArray(tooBig, 'x')), result);
+            QVERIFY(!result);
+        }
+        QVERIFY2(answers.finishedCleanly(), qPrintable(answers.problems()));
+    }
+
+    // A click on a fade box is stored at once and the next conversion follows it.
+    void configurationSwitchesTheFadeIn_data()
+    {
+        QTest::addColumn<int>("clicks");
+        QTest::addColumn<QString>("stored");
+        QTest::addRow("on") << 1 << "True";
+        QTest::addRow("on, then off again") << 2 << "False";
+    }
+    void configurationSwitchesTheFadeIn()
+    {
+        QFETCH(int, clicks);
+        QFETCH(QString, stored);
+        DialogAnswerer answers;
+        answers.answer("frmConfiguration", [&](QWidget* w) {
+            auto* box = w->findChild<QCheckBox*>("cbFadeIn");
+            QVERIFY(!box->isChecked());
+            for (int i = 0; i < clicks; ++i)
+                QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(6, box->height() / 2));
+            QCOMPARE(GetAppSetting("FadeIn", kSettings), stored);
+            emit static_cast<CSkinWindow*>(w)->Button("Command2")->Released();
+        });
+        emit form->findChild<CClickLabel*>("lblSettings")->DblClick();
+        QVERIFY2(answers.finishedCleanly(), qPrintable(answers.problems()));
+
+        QString source = MakeTone(ground->root() + "/steady.wav", 6.0, 440);
+        QString target = ground->tempFolder() + "/tone.amr";
+        int32_t format = 1;
+        TheCDManager()->ConvertAudio(source, target, format);
+        const std::vector<int16_t> s = DecodeMono(target, 8000);
+        const int start = PeakBetween(s, 8000, 0.02, 0.1), middle = PeakBetween(s, 8000, 2.0, 3.0);
+        QVERIFY(middle > 2000);
+        if (stored == "True")
+            QVERIFY2(start < middle / 5, qPrintable(QString("%1 of %2").arg(start).arg(middle)));
+        else
+            QVERIFY2(start > middle * 4 / 5, qPrintable(QString("%1 of %2").arg(start).arg(middle)));
     }
 
     void statusToolTip_data()

@@ -5,7 +5,10 @@
 #include "core/globals.h"
 #include "core/modCommon.h"
 #include "delivery/frmUploadingTone.h"
+#include "editing/frmAbout.h"
+#include "editing/frmConfiguration.h"
 #include "editing/frmMain.h"
+#include "editing/frmZoomEdit.h"
 #include "service/frmLogin.h"
 #include "platform/AudioEditor2.h"
 #include "skin/CDialog.h"
@@ -147,10 +150,30 @@ int main(int argc, char** argv)
         main.mbRecordMode = false;
         main.ApplyWindowMode();
 
+        frmZoomEdit zoom;
+        zoom.Load();
+        zoom.SetFile(main.mstrCurrentFile);
+        zoom.show();
+        while (!zoom.mbReady)
+            QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        zoom.AudioEditor21->SetSelectionStart(44100 * 40);
+        zoom.AudioEditor21->SetSelectionEnd(44100 * 45);
+        save(&zoom, QStringLiteral("frmZoomEdit"));
+        zoom.Unload();
+
         frmUploadingTone& uploading = UploadingToneWindow(&main);
         uploading.Show(false);
         save(&uploading, QStringLiteral("frmUploadingTone"));
         DropMainForm();
+    }
+    {
+        gstrMachineKey = QStringLiteral("3F2A9C0B7D1E4F6A8B5C2D9E0F1A3B4C");
+        frmAbout about;
+        about.Show(false);
+        save(&about, QStringLiteral("frmAbout"));
+        frmConfiguration settings;
+        settings.Show(false);
+        save(&settings, QStringLiteral("frmConfiguration"));
     }
     {
         frmLogin login;

@@ -1,0 +1,362 @@
+#include "platform/NCTAudioCDGrabber2.h"
+
+#include "core/CError.h"
+#include "platform/AudioEncoder.h"
+#include "platform/CDSource.h"
+
+#include <QFile>
+#include <algorithm>
+#include <cmath>
+#include <functional>
+
+#include <cddb/cddb.h>
+#include <cdio/cdio.h>
+#include <cdio/paranoia/cdda.h>
+#include <cdio/paranoia/paranoia.h>
+
+namespace {
+const QString kSource = QStringLiteral("NCTAudioCDGrabber2");
+constexpr int kFramesPerSector = CDIO_CD_FRAMESIZE_RAW / 4;  // 588 stereo 16-bit frames
+constexpr int kParanoiaRetries = 20;
+constexpr int kPregap = CDIO_PREGAP_SECTORS;  // CDDB counts from the disc's start, 150 sectors before LSN 0
+
+[[noreturn]] void fail(const QString& description)
+{
+    throw CError(ErrNo::PathFileAccess, description, kSource);
+}
+
+CdIo_t* openSource(const QString& path)
+{
+    if (path.isEmpty())
+        fail(QStringLiteral("There is no CD drive"));
+    CdIo_t* cdio = cdio_open(QFile::encodeName(path).constData(), DRIVER_UNKNOWN);
+    if (!cdio)
+        fail(QStringLiteral("The CD in %1 cannot be read").arg(path));
+    return cdio;
+}
+
+// What a paranoia read gave up on; its callback has no context of its own,
+// and each rip runs on its own thread.
+thread_local bool tParanoiaSkipped = false;
+void paranoiaCallback(long, paranoia_cb_mode_t mode)
+{
+    if (mode == PARANOIA_CB_SKIP)
+        tParanoiaSkipped = true;
+}
+
+// Reads sectors first..last with paranoia's checks into an MP3 at path.
+// Returns true when the whole track is in the file; a cancel or a sector
+// that stays unreadable ends early with what was read so far kept.
+bool ripSectors(const QString& source, int32_t first, int32_t last, const QString& path,
+                const std::atomic_bool& cancel, const std::function<void(double)>& progress)
+{
+    CdIo_t* cdio = cdio_open(QFile::encodeName(source).constData(), DRIVER_UNKNOWN);
+    if (!cdio)
+        return false;
+    cdrom_drive_t* drive = cdio_cddap_identify_cdio(cdio, CDDA_MESSAGE_FORGETIT, nullptr);
+    if (!drive || cdio_cddap_open(drive) != 0) {
+        if (drive)
+            cdio_cddap_close_no_free_cdio(drive);
+        cdio_destroy(cdio);
+        return false;
+    }
+    cdrom_paranoia_t* paranoia = cdio_paranoia_init(drive);
+    cdio_paranoia_modeset(paranoia, PARANOIA_MODE_FULL ^ PARANOIA_MODE_NEVERSKIP);
+    cdio_paranoia_seek(paranoia, first, SEEK_SET);
+    tParanoiaSkipped = false;
+
+    bool complete = false;
+    AudioEncoder encoder;
+    try {
+        encoder.Create(path, {EncoderTarget::Mp3, 44100, 2, kRipBitRate}, 44100, 2);
+        const double total = last - first + 1;
+        int shownPercent = -1;  // one event a percent: each one pumps the window
+        bool readable = true;
+        for (int32_t sector = first; sector <= last && !cancel; ++sector) {
+            const int16_t* frames = cdio_paranoia_read_limited(paranoia, paranoiaCallback, kParanoiaRetries);
+            if (!frames || tParanoiaSkipped) {
+                readable = false;
+                break;
+            }
+            encoder.Write(frames, kFramesPerSector);
+            // 100 is kept for the finished file.
+            const double done = std::min(99.99, (sector - first + 1) * 100.0 / total);
+            const int percent = static_cast<int>(done);
+            if (percent != shownPercent) {
+                shownPercent = percent;
+                progress(done);
+            }
+        }
+        encoder.Finish();  // a stopped rip keeps what it has, under its own name
+        complete = readable && !cancel;
+    } catch (const CError&) {
+        complete = false;
+    }
+    cdio_paranoia_free(paranoia);
+    cdio_cddap_close_no_free_cdio(drive);
+    cdio_destroy(cdio);
+    return complete;
+}
+
+struct LookupResult {
+    int status = -2;
+    QString artist;
+    QString title;
+    QStringList trackTitles;
+};
+
+void quietLog(cddb_log_level_t, const char*) {}
+
+LookupResult lookUp(const FreeDBServer& server, const FreeDBQuerySettings& settings, const QList<int32_t>& firsts,
+                    int32_t leadOut, const std::function<void(int)>& step)
+{
+    LookupResult result;
+    cddb_log_set_handler(quietLog);
+    cddb_conn_t* conn = cddb_new();
+    cddb_disc_t* disc = cddb_disc_new();
+    if (!conn || !disc) {
+        cddb_destroy(conn);
+        cddb_disc_destroy(disc);
+        return result;
+    }
+    cddb_cache_disable(conn);
+    cddb_set_server_name(conn, server.host.toUtf8().constData());
+    cddb_set_server_port(conn, server.port > 0 ? server.port : settings.Port);
+    cddb_http_enable(conn);  // port 80 is CDDB over HTTP
+    cddb_set_http_path_query(conn, "/~cddb/cddb.cgi");
+    cddb_set_timeout(conn, std::max(1, settings.TimeoutMs / 1000));
+    cddb_set_client(conn, settings.ClientName.toUtf8().constData(), settings.ClientVersion.toUtf8().constData());
+    cddb_set_email_address(conn, (settings.UserName + QStringLiteral("@localhost")).toUtf8().constData());
+
+    for (int32_t first : firsts) {
+        cddb_track_t* track = cddb_track_new();
+        cddb_track_set_frame_offset(track, first + kPregap);
+        cddb_disc_add_track(disc, track);
+    }
+    cddb_disc_set_length(disc, (leadOut + kPregap) / CDIO_CD_FRAMES_PER_SEC);
+    cddb_disc_calc_discid(disc);
+
+    step(1);
+    const int matches = cddb_query(conn, disc);
+    if (matches == 0) {
+        result.status = -1;
+    } else if (matches > 0) {
+        step(2);
+        if (cddb_read(conn, disc) == 1) {
+            result.status = 3;
+            result.artist = QString::fromUtf8(cddb_disc_get_artist(disc));
+            result.title = QString::fromUtf8(cddb_disc_get_title(disc));
+            for (int i = 0; i < firsts.size(); ++i) {
+                cddb_track_t* track = cddb_disc_get_track(disc, i);
+                result.trackTitles << (track ? QString::fromUtf8(cddb_track_get_title(track)) : QString());
+            }
+        }
+    }
+    cddb_disc_destroy(disc);
+    cddb_destroy(conn);
+    return result;
+}
+}  // namespace
+
+FreeDBServer& freeDBServer()
+{
+    static FreeDBServer server;
+    return server;
+}
+
+NCTAudioCDGrabber2::NCTAudioCDGrabber2(QObject* parent) : QObject(parent) {}
+
+NCTAudioCDGrabber2::~NCTAudioCDGrabber2() { Close(); }
+
+void NCTAudioCDGrabber2::joinWorkers()
+{
+    if (mCancel)
+        *mCancel = true;
+    if (mRip.joinable())
+        mRip.join();
+    if (mLookup.joinable())
+        mLookup.join();
+}
+
+void NCTAudioCDGrabber2::Open()
+{
+    Close();
+    mSource = CDSourcePath();
+    mCdio = openSource(mSource);
+    ReadContents();  // a drive reads the table of contents as it opens
+}
+
+void NCTAudioCDGrabber2::Close()
+{
+    joinWorkers();
+    if (mCdio)
+        cdio_destroy(mCdio);
+    mCdio = nullptr;
+    mReadAt = -1;
+}
+
+void NCTAudioCDGrabber2::ReadContents()
+{
+    mTracks.clear();
+    mTrackTitles.clear();
+    mArtist.clear();
+    mTitle.clear();
+    mSessions = 0;
+    mSession = 0;
+    mTrackIndex = -1;
+    if (!mCdio)
+        fail(QStringLiteral("The CD drive is not open"));
+    const track_t first = cdio_get_first_track_num(mCdio);
+    const track_t count = cdio_get_num_tracks(mCdio);
+    if (first == CDIO_INVALID_TRACK || count == CDIO_INVALID_TRACK || count == 0)
+        fail(QStringLiteral("There is no disc in the drive"));
+    // A multi-session disc tells where its last session starts; an image tells nothing.
+    lsn_t lastSession = 0;
+    const bool sessions = cdio_get_last_session(mCdio, &lastSession) == DRIVER_OP_SUCCESS;
+    for (track_t t = first; t < first + count; ++t) {
+        Track track;
+        track.number = t;
+        track.first = cdio_get_track_lsn(mCdio, t);
+        track.last = cdio_get_track_last_lsn(mCdio, t);
+        track.audio = cdio_get_track_format(mCdio, t) == TRACK_FORMAT_AUDIO;
+        track.session = sessions && lastSession > 0 && track.first >= lastSession ? 1 : 0;
+        mTracks << track;
+    }
+    mLeadOut = cdio_get_track_lsn(mCdio, CDIO_CDROM_LEADOUT_TRACK);
+    mSessions = 0;
+    for (const Track& t : mTracks) {
+        if (t.audio)
+            mSessions = std::max(mSessions, t.session + 1);
+    }
+    mTrackTitles = QStringList(QList<QString>(mTracks.size()));
+}
+
+QList<const NCTAudioCDGrabber2::Track*> NCTAudioCDGrabber2::sessionTracks(int session) const
+{
+    QList<const Track*> tracks;
+    for (const Track& t : mTracks) {
+        if (t.audio && t.session == session)
+            tracks << &t;
+    }
+    return tracks;
+}
+
+int16_t NCTAudioCDGrabber2::SessionCount() const { return static_cast<int16_t>(mSessions); }
+
+void NCTAudioCDGrabber2::SelectSession(int16_t index)
+{
+    if (index < 0 || index >= mSessions)
+        fail(QStringLiteral("There is no session %1 on the disc").arg(index));
+    mSession = index;
+    mTrackIndex = -1;
+}
+
+int16_t NCTAudioCDGrabber2::TrackCount() const { return static_cast<int16_t>(sessionTracks(mSession).size()); }
+
+void NCTAudioCDGrabber2::SelectTrack(int16_t index)
+{
+    if (index < 0 || index >= sessionTracks(mSession).size())
+        fail(QStringLiteral("There is no track %1 in session %2").arg(index).arg(mSession));
+    mTrackIndex = index;
+}
+
+const NCTAudioCDGrabber2::Track& NCTAudioCDGrabber2::selected() const
+{
+    const QList<const Track*> tracks = sessionTracks(mSession);
+    if (mTrackIndex < 0 || mTrackIndex >= tracks.size())
+        fail(QStringLiteral("No track is selected"));
+    return *tracks[mTrackIndex];
+}
+
+int16_t NCTAudioCDGrabber2::TrackMinutes() const
+{
+    const Track& t = selected();
+    return static_cast<int16_t>((t.last - t.first + 1) / CDIO_CD_FRAMES_PER_SEC / 60);
+}
+
+int16_t NCTAudioCDGrabber2::TrackSeconds() const
+{
+    const Track& t = selected();
+    return static_cast<int16_t>((t.last - t.first + 1) / CDIO_CD_FRAMES_PER_SEC % 60);
+}
+
+QString NCTAudioCDGrabber2::TrackTitle() const
+{
+    const int i = static_cast<int>(&selected() - mTracks.constData());
+    return mTrackTitles.value(i);
+}
+
+void NCTAudioCDGrabber2::StartAudioRead()
+{
+    mReadAt = selected().first;
+}
+
+void NCTAudioCDGrabber2::StopAudioRead() { mReadAt = -1; }
+
+QByteArray NCTAudioCDGrabber2::ReadAudioBlocks(int blocks)
+{
+    if (!mCdio || mReadAt < 0)
+        fail(QStringLiteral("The audio read has not been started"));
+    const int32_t last = selected().last;
+    const int count = std::min<int32_t>(blocks, last - mReadAt + 1);
+    if (count <= 0)
+        return {};
+    QByteArray audio(count * CDIO_CD_FRAMESIZE_RAW, Qt::Uninitialized);
+    if (cdio_read_audio_sectors(mCdio, audio.data(), mReadAt, count) != DRIVER_OP_SUCCESS)
+        fail(QStringLiteral("The CD could not be read at sector %1").arg(mReadAt));
+    mReadAt += count;
+    return audio;
+}
+
+void NCTAudioCDGrabber2::RipToFile(const QString& path)
+{
+    const Track& track = selected();
+    CancelOperation();
+    mCancel = std::make_shared<std::atomic_bool>(false);
+    auto post = [this](double progress) {
+        QMetaObject::invokeMethod(this, [this, progress] { emit OperationProgress(progress); }, Qt::QueuedConnection);
+    };
+    mRip = std::thread([source = mSource, first = track.first, last = track.last, path, cancel = mCancel, post] {
+        if (ripSectors(source, first, last, path, *cancel, post))
+            post(100.0);
+    });
+}
+
+void NCTAudioCDGrabber2::CancelOperation()
+{
+    if (mCancel)
+        *mCancel = true;
+    if (mRip.joinable())
+        mRip.join();
+}
+
+void NCTAudioCDGrabber2::QueryFreeDB(const FreeDBQuerySettings& settings, int)
+{
+    if (mLookup.joinable())
+        mLookup.join();
+    auto post = [this](std::function<void()> work) {
+        QMetaObject::invokeMethod(this, std::move(work), Qt::QueuedConnection);
+    };
+    // No disc, nothing to ask: the lookup ends as a failed one, so that a
+    // caller waiting for its end is never left waiting.
+    if (mTracks.isEmpty()) {
+        post([this] { emit FreeDBQueryStatus(-2); });
+        return;
+    }
+    QList<int32_t> firsts;
+    for (const Track& t : mTracks)
+        firsts << t.first;
+    mLookup = std::thread([this, server = freeDBServer(), settings, firsts, leadOut = mLeadOut, post] {
+        const LookupResult result = lookUp(server, settings, firsts, leadOut, [this, post](int status) {
+            post([this, status] { emit FreeDBQueryStatus(status); });
+        });
+        post([this, result] {
+            if (result.status == 3) {
+                mArtist = result.artist;
+                mTitle = result.title;
+                mTrackTitles = result.trackTitles;
+            }
+            emit FreeDBQueryStatus(result.status);
+        });
+    });
+}
