@@ -10,11 +10,11 @@ namespace fs = std::filesystem;
 
 void MakeDataFolderPrivate(const std::string& folder)
 {
+    // The folder itself stays open to others, who read the certificate in it.
+    fs::create_directories(folder);
     ::umask(077);
     fs::create_directories(folder + "/tones");
-    constexpr auto ownerOnly = fs::perms::owner_all;
-    fs::permissions(folder, ownerOnly);
-    fs::permissions(folder + "/tones", ownerOnly);
+    fs::permissions(folder + "/tones", fs::perms::owner_all);
     // Files an older version made with wider rights.
     for (const char* name : {"service.db", "service.db-wal", "service.db-shm", "service.key"}) {
         std::error_code absent;

@@ -5,8 +5,8 @@
 
 class Store;
 
-// Before anything is stored: makes the folder, and its tone folder, private;
-// what the service creates from now on is private too.
+// Before anything is stored: makes the tone folder private, and what the
+// service creates from now on (the certificate is made readable on purpose).
 void MakeDataFolderPrivate(const std::string& folder);
 
 // At start: removes tones half written when the service last stopped and

@@ -325,7 +325,7 @@ private slots:
         const QString tones = data + "/tones";
         const QStringList stored = QDir(tones).entryList(QDir::Files);
         QVERIFY(!stored.isEmpty());
-        for (const QString& path : {data, tones, data + "/service.db", data + "/service.key", tones + "/" + stored.first()})
+        for (const QString& path : {tones, data + "/service.db", data + "/service.key", tones + "/" + stored.first()})
             QVERIFY2(OwnerOnly(path), qPrintable(path));
 
         WriteFile(tones + "/0123456789abcdef0123456789abcdef.amr.part", "half");
