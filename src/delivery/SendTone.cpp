@@ -31,18 +31,6 @@ constexpr int kUploadPasses = 6;
 const QString kSent = QStringLiteral("Message Sent! Thanks for Quillo Tonin!");
 const QString kReady = QStringLiteral("Ready.");
 
-// Shows a window of the catalogue modally and gives back its Tag.
-QString ask(const QString& name)
-{
-    auto window = MessageWindow(name);
-    window->Load();
-    PrepareDialog(window.get());
-    window->Show(true);
-    const QString tag = window->Tag;
-    window->Unload();
-    return tag;
-}
-
 bool tunnelSetting()
 {
     return GetAppSetting(QStringLiteral("UseTunnel"), kSettings) == QLatin1String("1");
@@ -81,7 +69,7 @@ void reportSong(SendToneHost& host)
 // What both roads do once the tone is on its way.
 void sent(SendToneHost& host, bool report)
 {
-    ask(QStringLiteral("frmSent"));
+    ShowMessageWindow(QStringLiteral("frmSent"));
     QLabel* status = host.SoundFileLabel();
     QFont font = status->font();
     font.setBold(false);
@@ -161,7 +149,7 @@ void SendTone(SendToneHost& host)
         const QString savedCaption = status->text();
 
         if (host.CurrentFile().isEmpty()) {
-            ask(QStringLiteral("frmNoToneSelected"));
+            ShowMessageWindow(QStringLiteral("frmNoToneSelected"));
             SetFormEnabled(window, true);
             return;
         }
@@ -178,7 +166,7 @@ void SendTone(SendToneHost& host)
         } else {
             length = editor->SelectionEnd() - editor->SelectionStart();
             if (length == 0) {
-                ask(QStringLiteral("frmToneNotTrimmed"));
+                ShowMessageWindow(QStringLiteral("frmToneNotTrimmed"));
                 SetFormEnabled(window, true);
                 return;
             }
@@ -197,8 +185,8 @@ void SendTone(SendToneHost& host)
                 bool deletedPending = false;
                 if (tunnelSetting())
                     openHelper();
-                if (ask(QStringLiteral("frmTonePending")) == QLatin1String("Q") &&
-                    ask(QStringLiteral("frmConfirmDeleteTone")) != QLatin1String("Q")) {
+                if (ShowMessageWindow(QStringLiteral("frmTonePending")) == QLatin1String("Q") &&
+                    ShowMessageWindow(QStringLiteral("frmConfirmDeleteTone")) != QLatin1String("Q")) {
                     queue.DeleteQueuedTone();
                     deletedPending = true;
                     SetFormEnabled(window, true);
@@ -248,7 +236,8 @@ void SendTone(SendToneHost& host)
         }
         dialog.HideForm();
 
-        const QString consent = ask(gintFreeQuills < 1 ? QStringLiteral("frmCharged") : QStringLiteral("frmAboutToUseFreeQuill"));
+        const QString consent = ShowMessageWindow(gintFreeQuills < 1 ? QStringLiteral("frmCharged")
+                                                                      : QStringLiteral("frmAboutToUseFreeQuill"));
         if (consent == QLatin1String("Q")) {
             host.SetStatusText(savedCaption);
             SetFormEnabled(window, true);

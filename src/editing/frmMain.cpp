@@ -420,10 +420,7 @@ void frmMain::LoadIntoEditor(const QString& path)
         mbBusy = false;
     } catch (const CError&) {
         SetMousePointer(vbDefault);
-        auto dlg = MessageWindow(QStringLiteral("frmInvalidFileFormat"));
-        dlg->Load();
-        dlg->Show(true);
-        dlg->Unload();
+        ShowMessageWindow(QStringLiteral("frmInvalidFileFormat"));
         SetControlTag(toneLength, QStringLiteral("err"));
         mbBusy = false;
         SetFormEnabled(this, wasEnabled);
@@ -487,11 +484,7 @@ void frmMain::cmdTrim_Released()
     const int32_t start = AudioEditor21->SelectionStart();
     const int32_t end = AudioEditor21->SelectionEnd();
     if ((start == 0 && end == 0) || start == end) {
-        auto dlg = MessageWindow(QStringLiteral("frmToneNotTrimmed"));
-        dlg->Load();
-        PrepareDialog(dlg.get());
-        dlg->Show(true);
-        dlg->Unload();
+        ShowMessageWindow(QStringLiteral("frmToneNotTrimmed"));
         return;
     }
     msngTrimOffset = static_cast<float>(AudioEditor21->SamplesToMilliseconds(RoundToEven(start / 1000.0)));
@@ -581,13 +574,10 @@ void frmMain::CheckToneSize(const QString& path, bool& result)
     result = true;
     if (!limit || size <= *limit)
         return;
-    auto dlg = MessageWindow(QStringLiteral("frmToneTooBig"));
-    dlg->Load();
-    PrepareDialog(dlg.get());
-    SetControlTag(dlg->Label(QStringLiteral("lblTooBig")), QString::number(size));
-    dlg->Show(true);
-    result = dlg->Tag != QLatin1String("Q");
-    dlg->Unload();
+    const QString answer = ShowMessageWindow(QStringLiteral("frmToneTooBig"), [size](frmMessage& window) {
+        SetControlTag(window.Label(QStringLiteral("lblTooBig")), QString::number(size));
+    });
+    result = answer != QLatin1String("Q");
 }
 
 namespace {

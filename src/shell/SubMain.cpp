@@ -115,20 +115,17 @@ void EnsureMusicLibrary()
 {
     if (QFile::exists(gstrMyMusicPath))
         return;
-    auto ask = MessageWindow(QStringLiteral("frmConfirmSearch"));
-    ask->Load();
-    ask->Show(true);
+    const bool yes = ShowMessageWindow(QStringLiteral("frmConfirmSearch")) != QLatin1String("Q");
     const auto& search = startRoads().searchForMusic;
-    if (ask->Tag != QLatin1String("Q") && search) {
+    if (yes && search) {
         search();
     } else {
-        if (ask->Tag != QLatin1String("Q"))
+        if (yes)
             CDialog().Display(QStringLiteral("Searching your disks for music is not available in this version "
                                              "of Quillotone yet. Your library starts empty for now."),
                               true, nullptr);
         writeEmptyLibrary();
     }
-    ask->Unload();
 }
 
 void SubMain()
