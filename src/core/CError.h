@@ -44,8 +44,16 @@ void ResumeNext(ErrObject& err, Statement&& statement)
 
 // The usual run-time error numbers, as the messages quote them.
 namespace ErrNo {
+constexpr long Overflow = 6;
+constexpr long SubscriptOutOfRange = 9;
+constexpr long TypeMismatch = 13;
 constexpr long FileNotFound = 53;
+constexpr long FileAlreadyExists = 58;
+constexpr long DiskFull = 61;
 constexpr long PathFileAccess = 75;
 constexpr long PathNotFound = 76;
-constexpr long DiskFull = 61;
 }  // namespace ErrNo
+
+// What every reader of sound says of a file it cannot take; callers compare
+// a failure's Description with this, never with their own copy of the words.
+inline const QString kFormatNotSupported = QStringLiteral("Format is not supported.");

@@ -55,7 +55,7 @@ void moveFile(const QString& from, const QString& to)
     if (!QFileInfo::exists(from))
         throw CError(ErrNo::FileNotFound, QStringLiteral("File not found"), QStringLiteral("SendTone"));
     if (QFileInfo::exists(to))
-        throw CError(58, QStringLiteral("File already exists"), QStringLiteral("SendTone"));
+        throw CError(ErrNo::FileAlreadyExists, QStringLiteral("File already exists"), QStringLiteral("SendTone"));
     if (!QFile::rename(from, to))
         throw CError(ErrNo::PathFileAccess, QStringLiteral("Path/File access error"), QStringLiteral("SendTone"));
 }

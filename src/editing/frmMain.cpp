@@ -34,7 +34,6 @@ namespace {
 const QString kSelectPrompt = QStringLiteral("Select a sound file or rip a CD...");
 const QString kLoadingWords = QStringLiteral("Loading. Please wait (");
 const QString kPreparingWords = QStringLiteral("Preparing ringtone (");
-const QString kFormatNotSupported = QStringLiteral("Format is not supported.");
 
 // The artwork is laid out in twips: 15 to the pixel at 96 DPI.
 QRect tw(int x, int y, int w, int h)

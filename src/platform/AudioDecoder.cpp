@@ -16,7 +16,6 @@ extern "C" {
 }
 
 namespace {
-const QString kNotSupported = QStringLiteral("Format is not supported.");
 constexpr int kMaxChannels = 2;
 // Undecodable packets in a row after which the rest of the file counts as gone.
 constexpr int kMaxBadPackets = 200;
@@ -89,7 +88,7 @@ struct AudioDecoder::Impl {
             av_packet_unref(packet);
             if (sent < 0 && sent != AVERROR(EAGAIN)) {
                 if (++badPackets > kMaxBadPackets)
-                    throw CError(ErrNo::PathFileAccess, kNotSupported, QStringLiteral("AudioDecoder"));
+                    throw CError(ErrNo::PathFileAccess, kFormatNotSupported, QStringLiteral("AudioDecoder"));
                 continue;  // a damaged frame is skipped, as players do
             }
             badPackets = 0;
@@ -112,7 +111,7 @@ struct AudioDecoder::Impl {
             }
             if (got < 0) {
                 if (++badPackets > kMaxBadPackets)
-                    throw CError(ErrNo::PathFileAccess, kNotSupported, QStringLiteral("AudioDecoder"));
+                    throw CError(ErrNo::PathFileAccess, kFormatNotSupported, QStringLiteral("AudioDecoder"));
                 continue;
             }
             convert();
@@ -182,17 +181,17 @@ void AudioDecoder::Open(const QString& path)
     try {
         if (avformat_open_input(&d->format, local.constData(), nullptr, nullptr) < 0 ||
             avformat_find_stream_info(d->format, nullptr) < 0)
-            throw CError(ErrNo::PathFileAccess, kNotSupported, QStringLiteral("AudioDecoder"));
+            throw CError(ErrNo::PathFileAccess, kFormatNotSupported, QStringLiteral("AudioDecoder"));
         const AVCodec* decoder = nullptr;
         d->stream = av_find_best_stream(d->format, AVMEDIA_TYPE_AUDIO, -1, -1, &decoder, 0);
         if (d->stream < 0 || !decoder)
-            throw CError(ErrNo::PathFileAccess, kNotSupported, QStringLiteral("AudioDecoder"));
+            throw CError(ErrNo::PathFileAccess, kFormatNotSupported, QStringLiteral("AudioDecoder"));
         AVStream* st = d->format->streams[d->stream];
         d->codec = avcodec_alloc_context3(decoder);
         if (!d->codec || avcodec_parameters_to_context(d->codec, st->codecpar) < 0 ||
             avcodec_open2(d->codec, decoder, nullptr) < 0 || d->codec->sample_rate <= 0 ||
             d->codec->ch_layout.nb_channels <= 0)
-            throw CError(ErrNo::PathFileAccess, kNotSupported, QStringLiteral("AudioDecoder"));
+            throw CError(ErrNo::PathFileAccess, kFormatNotSupported, QStringLiteral("AudioDecoder"));
         d->rate = d->codec->sample_rate;
         d->channels = std::min(d->codec->ch_layout.nb_channels, kMaxChannels);
         AVChannelLayout outLayout;
@@ -200,7 +199,7 @@ void AudioDecoder::Open(const QString& path)
         if (swr_alloc_set_opts2(&d->swr, &outLayout, AV_SAMPLE_FMT_S16, d->rate, &d->codec->ch_layout,
                                 d->codec->sample_fmt, d->rate, 0, nullptr) < 0 ||
             swr_init(d->swr) < 0)
-            throw CError(ErrNo::PathFileAccess, kNotSupported, QStringLiteral("AudioDecoder"));
+            throw CError(ErrNo::PathFileAccess, kFormatNotSupported, QStringLiteral("AudioDecoder"));
         d->packet = av_packet_alloc();
         d->frame = av_frame_alloc();
         d->position = 0;

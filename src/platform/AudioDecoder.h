@@ -13,7 +13,7 @@ public:
     AudioDecoder(const AudioDecoder&) = delete;
     AudioDecoder& operator=(const AudioDecoder&) = delete;
 
-    // Throws CError: "Format is not supported." when the file holds no audio
+    // Throws CError: kFormatNotSupported when the file holds no audio
     // stream FFmpeg can decode; "File not found" for a missing file. A file
     // whose stream holds no decodable frame opens and reads as empty.
     void Open(const QString& path);

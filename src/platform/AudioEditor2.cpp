@@ -81,7 +81,7 @@ void AudioEditor2::OpenFile(const QString& path)
     }
     peaks.Finish();
     if (peaks.Frames() == 0 || peaks.Frames() > INT32_MAX)
-        throw CError(ErrNo::PathFileAccess, QStringLiteral("Format is not supported."), QStringLiteral("AudioEditor2"));
+        throw CError(ErrNo::PathFileAccess, kFormatNotSupported, QStringLiteral("AudioEditor2"));
     mSource = std::move(source);
     mPeaks = std::move(peaks);
     mRate = mSource->SampleRate();
@@ -190,7 +190,7 @@ void AudioEditor2::SaveToFile(const QString& path, bool selectionOnly, int fileF
         target.sampleRate = std::min(mRate, kSaveMp3MaxRate);
         target.channels = 1;
     } else if (fileFormat != FormatWave) {
-        throw CError(ErrNo::PathFileAccess, QStringLiteral("Format is not supported."), QStringLiteral("AudioEditor2"));
+        throw CError(ErrNo::PathFileAccess, kFormatNotSupported, QStringLiteral("AudioEditor2"));
     }
     int64_t start = 0, end = TotalSamples();
     if (selectionOnly && mSelStart != mSelEnd) {

@@ -5,7 +5,7 @@
 // counts ("samples") of the whole file, also while the view is zoomed.
 //
 // Errors are CError; OpenFile's for a file that is no sound has the
-// description "Format is not supported.". A file that fails to open leaves
+// description kFormatNotSupported. A file that fails to open leaves
 // the sound already shown in place.
 //
 // Properties are a getter and a Set... setter: SelectionStart /
