@@ -5,6 +5,7 @@
 #include "platform/AudioEncoder.h"
 #include "platform/EditorPlayback.h"
 #include "platform/SoundLevel.h"
+#include "platform/Transcode.h"
 
 #include <QCoreApplication>
 #include <QMouseEvent>
@@ -202,19 +203,17 @@ void AudioEditor2::SaveToFile(const QString& path, bool selectionOnly, int fileF
     AudioEncoder encoder;
     encoder.Create(path, target, mRate, mSource->Channels());
     mSource->Seek(start);
-    std::vector<int16_t> chunk(static_cast<size_t>(kChunkFrames) * mSource->Channels());
     int percent = 0;
-    for (int64_t at = start; at < end;) {
-        const int got = mSource->Read(chunk.data(), static_cast<int>(std::min<int64_t>(kChunkFrames, end - at)));
-        if (got == 0)
-            throw CError(ErrNo::PathFileAccess, QStringLiteral("The sound file can no longer be read"),
-                         QStringLiteral("AudioEditor2"));
-        encoder.Write(chunk.data(), got);
-        at += got;
-        const int now = static_cast<int>((at - start) * 100 / (end - start));
+    TranscodeSteps steps;
+    steps.frames = end - start;
+    steps.progress = [&](int64_t done) {
+        const int now = static_cast<int>(done * 100 / (end - start));
         if (now != percent && now < 100)
             emit OnEditorProgress(percent = now);
-    }
+    };
+    if (Transcode(*mSource, encoder, steps) < end - start)
+        throw CError(ErrNo::PathFileAccess, QStringLiteral("The sound file can no longer be read"),
+                     QStringLiteral("AudioEditor2"));
     encoder.Finish();
     emit OnEditorProgress(100);
 }
