@@ -5,6 +5,7 @@
 // Both report failures through Status (negative) rather than by throwing,
 // except ReadBlock, which throws CError when the file cannot be read on.
 #include "platform/AudioDecoder.h"
+#include "platform/StallWatch.h"
 
 #include <QByteArray>
 #include <QIODevice>
@@ -91,6 +92,6 @@ private:
     BlockQueue* mQueue = nullptr;
     QTimer* mTimer = nullptr;
     bool mEnded = false;
-    qint64 mLastProcessed = -1;
-    int mStalledTicks = 0;
+    static constexpr int kTimerMs = 100;
+    StallWatch mStall{kTimerMs};
 };
