@@ -21,6 +21,8 @@ packages=(
   pulseaudio pulseaudio-utils
   # making and checking test audio, headless X for screenshots, fonts
   ffmpeg sox espeak-ng xvfb xauth fonts-dejavu-core fonts-noto-core
+  # checking the install tree and the packages
+  desktop-file-utils file curl dpkg-dev
   # the skin's rounded face
   fonts-comfortaa
 )

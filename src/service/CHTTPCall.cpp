@@ -18,6 +18,12 @@ namespace {
 const QString kUnreachableMessage =
     QStringLiteral("The Quillo Tone server cannot be reached. Please check your Internet connection.");
 const QString kSendFailedMessage = QStringLiteral("An error occured connecting to Quillotone - please try again.");
+// A service that cannot prove its identity is not the user's fault and not a
+// wrong password: say what it is and what to do about it.
+const QString kUntrustedMessage = QStringLiteral(
+    "The Quillotone service could not prove its identity: its certificate is not the one this computer "
+    "trusts, so nothing was sent. If the service was moved or has a new certificate, ask its operator for "
+    "the certificate file and name it as ServiceCertificate in the program's settings.");
 
 // The program's version as major.minor.revision, plain decimals.
 QString ProgramVersion()
@@ -93,6 +99,11 @@ QString CHTTPCall::GetPage(int32_t PageType, QString& Params, bool UseHTTPS, int
         }
         return mstrResponse;
     } catch (const CError& e) {
+        if (e.Number() == WebClient::kSecureFailure) {
+            // An impostor is not the service: this counts as not reaching it.
+            CDialog().Display(kUntrustedMessage, true, nullptr);
+            return kServerUnreachable;
+        }
         if (e.Number() == WebClient::kNameNotResolved || e.Number() == WebClient::kCannotConnect) {
             CDialog().Display(kUnreachableMessage, true, nullptr);
             return kServerUnreachable;
@@ -131,8 +142,9 @@ QString CHTTPCall::SendHTTP(const QString& Params, bool bBinary, const QString& 
                 throw CError(ErrNo::DiskFull, QStringLiteral("Disk full"), QStringLiteral("SendHTTP"));
         }
         return result;
-    } catch (const CError&) {
-        CDialog().Display(kSendFailedMessage, true, nullptr);
+    } catch (const CError& e) {
+        CDialog().Display(e.Number() == WebClient::kSecureFailure ? kUntrustedMessage : kSendFailedMessage, true,
+                          nullptr);
         return {};
     }
 }

@@ -2,6 +2,8 @@
 
 #include "core/modCommon.h"
 
+#include <QCoreApplication>
+#include <QDir>
 #include <QFontDatabase>
 #include <QFontMetrics>
 #include <QLinearGradient>
@@ -283,6 +285,10 @@ QFont Font(double pointSize, bool bold)
 {
     // The first of these that is installed; else the desktop's sans serif.
     static const QString family = [] {
+        // An installed program brings its face along, beside its own files.
+        const QDir bundled(QCoreApplication::applicationDirPath() + QStringLiteral("/../share/quillotone/fonts"));
+        for (const QString& file : bundled.entryList({QStringLiteral("*.ttf")}, QDir::Files))
+            QFontDatabase::addApplicationFont(bundled.filePath(file));
         const QStringList installed = QFontDatabase::families();
         for (const char* wanted : {"Comfortaa", "Noto Sans", "DejaVu Sans"}) {
             if (installed.contains(QLatin1String(wanted)))
@@ -475,18 +481,26 @@ QPixmap PaintTalkingToServer(QSize size)
     return QPixmap::fromImage(image);
 }
 
+QImage AppIconImage(int size)
+{
+    QImage image = blankImage(QSize(size, size));
+    QPainter p(&image);
+    p.setRenderHint(QPainter::Antialiasing);
+    p.translate(size / 2.0, size / 2.0);
+    // The badge's ring stays inside the square with a pixel to spare at every size.
+    const double scale = (size / 2.0 - 1) / kBadgeRadius;
+    p.scale(scale, scale);
+    p.translate(-kBadgeCentre);
+    paintBadge(p);
+    return image;
+}
+
 QIcon AppIcon()
 {
-    QImage image = blankImage(QSize(64, 64));
-    {
-        QPainter p(&image);
-        p.setRenderHint(QPainter::Antialiasing);
-        p.translate(32, 32);
-        p.scale(31.0 / kBadgeRadius, 31.0 / kBadgeRadius);
-        p.translate(-kBadgeCentre);
-        paintBadge(p);
-    }
-    return QIcon(QPixmap::fromImage(image));
+    QIcon icon;
+    for (int size : {16, 32, 64})
+        icon.addPixmap(QPixmap::fromImage(AppIconImage(size)));
+    return icon;
 }
 
 }  // namespace skin

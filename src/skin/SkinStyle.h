@@ -39,7 +39,8 @@ QPixmap PaintTalkingToServer(QSize size);
 QRect CloseMarkRect(int width);
 QRect MinimizeMarkRect(int width);
 
-// The program's badge, for the taskbar entry.
+// The program's badge, for the taskbar entry and the desktop's menus.
+QImage AppIconImage(int size);
 QIcon AppIcon();
 
 }  // namespace skin

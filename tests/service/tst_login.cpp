@@ -178,23 +178,28 @@ private slots:
     {
         QTest::addColumn<QString>("number");
         QTest::addColumn<QString>("password");
-        QTest::addColumn<bool>("reachable");
+        QTest::addColumn<QString>("service");  // "", "unreachable" or "untrusted"
         QTest::addColumn<QString>("message");
         QTest::addColumn<int>("refusals");
-        QTest::addRow("refused") << "0499999999" << "wrong" << true << "Invalid login. Please try again." << 1;
-        QTest::addRow("no number") << "   " << "x" << true << "Please enter your mobile number and password." << 0;
-        QTest::addRow("no password") << kDemo << "" << true << "Please enter your mobile number and password." << 0;
-        QTest::addRow("service unreachable") << kDemo << kDemoPassword << false << "cannot be reached" << 0;
+        QTest::addRow("refused") << "0499999999" << "wrong" << "" << "Invalid login. Please try again." << 1;
+        QTest::addRow("no number") << "   " << "x" << "" << "Please enter your mobile number and password." << 0;
+        QTest::addRow("no password") << kDemo << "" << "" << "Please enter your mobile number and password." << 0;
+        QTest::addRow("service unreachable") << kDemo << kDemoPassword << "unreachable" << "cannot be reached" << 0;
+        // A service that is not the trusted one is never sent the password.
+        QTest::addRow("certificate not trusted")
+            << kDemo << kDemoPassword << "untrusted" << "could not prove its identity" << 0;
     }
     void failedSignIn()
     {
         QFETCH(QString, number);
         QFETCH(QString, password);
-        QFETCH(bool, reachable);
+        QFETCH(QString, service);
         QFETCH(QString, message);
         QFETCH(int, refusals);
-        if (!reachable)
+        if (service == "unreachable")
             seams().serviceBaseUrl = ServiceFixture::unreachableUrl();
+        if (service == "untrusted")
+            seams().serviceCertificateFile = ground->tempFolder() + "/nobody.crt";
         DialogAnswerer script;
         script.answer("frmLogin", SignIn(number, password))
             .answer("frmGenericOKDialog", "Enter")

@@ -1,0 +1,67 @@
+#!/usr/bin/env bash
+# check_install.sh <build-dir>: installs the build into a scratch prefix and
+# checks what a user gets: the files in their places, a valid desktop entry,
+# the installed service answering over TLS, and the two Debian packages with
+# the desktop entry, icons and systemd unit in them.
+set -euo pipefail
+build=$1
+scratch=$(mktemp -d)
+service_pid=""
+cleanup() {
+  [ -n "$service_pid" ] && kill "$service_pid" 2>/dev/null || true
+  rm -rf "$scratch"
+}
+trap cleanup EXIT
+fail() { echo "FAIL: $*" >&2; exit 1; }
+
+prefix=$scratch/prefix
+cmake --install "$build" --prefix "$prefix" >/dev/null
+
+for f in bin/quillotone bin/quillotone-service share/applications/quillotone.desktop \
+         lib/systemd/system/quillotone-service.service etc/quillotone-service/quillotone-service.conf; do
+  [ -e "$prefix/$f" ] || fail "$f is not installed"
+done
+for size in 16 22 24 32 48 64 128 256; do
+  icon=$prefix/share/icons/hicolor/${size}x${size}/apps/quillotone.png
+  [ -s "$icon" ] || fail "no ${size}px icon"
+  # The picture is the size its folder says.
+  file "$icon" | grep -q "$size x $size" || fail "the ${size}px icon is $(file -b "$icon")"
+done
+ls "$prefix"/share/quillotone/fonts/Comfortaa-*.ttf >/dev/null || fail "the skin's font is not installed"
+desktop-file-validate "$prefix/share/applications/quillotone.desktop" || fail "the desktop entry is not valid"
+grep -q "^ExecStart=$prefix/bin/quillotone-service " "$prefix/lib/systemd/system/quillotone-service.service" \
+  || fail "the unit does not start the installed service"
+
+# The installed service takes a login over TLS, trusted through its own certificate.
+data=$scratch/service
+"$prefix/bin/quillotone-service" --listen 127.0.0.1:0 --data "$data" --demo-account 0412345678:tonedemo \
+  >"$scratch/service.log" 2>&1 &
+service_pid=$!
+for _ in $(seq 300); do
+  grep -q "listening on" "$scratch/service.log" && break
+  kill -0 "$service_pid" 2>/dev/null || { cat "$scratch/service.log" >&2; fail "the installed service ended"; }
+  sleep 0.1
+done
+base=$(grep -o 'https://[^ ]*' "$scratch/service.log" | head -n 1)
+[ -n "$base" ] || fail "the installed service does not say where it listens"
+reply=$(curl -sS --cacert "$data/service.crt" "${base}Login.asp?MobileNumber=0412345678&Password=tonedemo&Origin=0")
+[ "${reply%%,*}" = 1 ] || fail "login through the installed service answered: $reply"
+
+# The packages, from the same rules.
+(cd "$build" && cpack -G DEB -D CPACK_DEBIAN_COMPRESSION_TYPE=gzip -B "$scratch/packages" >/dev/null) \
+  || fail "cpack could not make the packages"
+program_deb=$(ls "$scratch"/packages/quillotone_*.deb)
+service_deb=$(ls "$scratch"/packages/quillotone-service_*.deb)
+program_files=$(dpkg-deb --contents "$program_deb")
+service_files=$(dpkg-deb --contents "$service_deb")
+for f in ./usr/bin/quillotone ./usr/share/applications/quillotone.desktop \
+         ./usr/share/icons/hicolor/48x48/apps/quillotone.png; do
+  grep -q " $f\$" <<<"$program_files" || fail "quillotone package lacks $f"
+done
+for f in ./usr/bin/quillotone-service ./usr/lib/systemd/system/quillotone-service.service \
+         ./etc/quillotone-service/quillotone-service.conf; do
+  grep -q " $f\$" <<<"$service_files" || fail "quillotone-service package lacks $f"
+done
+dpkg-deb --field "$program_deb" Depends | grep -q libavcodec-extra || fail "the program's package does not ask for the phone encoders"
+dpkg-deb --info "$service_deb" | grep -q postinst || fail "the service's package does not enable its unit"
+echo "install tree and packages: all present"
