@@ -11,5 +11,8 @@ struct BenchFigure {
 
 bool RegisterBench(const QString& name, std::function<BenchFigure()> run);
 
+// A program built beside quillotone-bench.
+QString BuiltProgram(const QString& name);
+
 // Median wall time of a repeated call, in milliseconds.
 double MedianMilliseconds(int runs, const std::function<void()>& call);

@@ -4,22 +4,19 @@
 // private sound server's null sink.
 #include "Bench.h"
 #include "core/modCommon.h"
-#include "core/MainWindow.h"
-#include "core/seams.h"
 #include "editing/CAudioRecorder.h"
 #include "editing/frmMain.h"
 #include "platform/AudioEditor2.h"
 #include "platform/NCTAmpBar2.h"
 #include "platform/NCTAudioRecord2.h"
 #include "skin/CSkinWindow.h"
+#include "support/MainWindowFixture.h"
 #include "support/PulseServer.h"
+#include "support/TestGround.h"
 
 #include <QApplication>
-#include <QDir>
 #include <QElapsedTimer>
 #include <QEventLoop>
-#include <QSettings>
-#include <QTemporaryDir>
 #include <QTimer>
 
 namespace {
@@ -32,28 +29,16 @@ PulseServer& pulse()
 
 // A main window of its own, on a scratch ground, with a sound server to record from.
 struct RecordGround {
-    QTemporaryDir dir;
+    TestGround ground;
+    MainWindowFixture<frmMain> mainWindow{MainForm, DropMainForm};
     frmMain* form = nullptr;
 
     RecordGround()
     {
         pulse();
-        QDir(dir.path()).mkpath(QStringLiteral("program"));
-        QDir(dir.path()).mkpath(QStringLiteral("temp"));
-        const QString program = dir.filePath(QStringLiteral("program"));
-        const QString temp = dir.filePath(QStringLiteral("temp"));
-        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, dir.filePath(QStringLiteral("settings")));
-        seams().programFolder = [program] { return program; };
-        seams().tempFolder = [temp] { return temp; };
-        SetMainWindow([] {
-            MainForm().Load();
-            return static_cast<QWidget*>(&MainForm());
-        });
-        form = &MainForm();
-        form->Load();
+        form = &mainWindow.Load();
         form->show();
     }
-    ~RecordGround() { DropMainForm(); }
     bool Ready() const { return pulse().Started() && form->mobjRecord; }
 
     // Rec twice, frmStartRecording answered as it shows.

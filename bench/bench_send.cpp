@@ -2,58 +2,38 @@
 // tone cut, converted and posted to our service on loopback, with every
 // dialog on the way answered at once.
 #include "Bench.h"
-#include "BenchService.h"
-#include "core/MainWindow.h"
 #include "core/globals.h"
-#include "core/modCommon.h"
 #include "core/modEncryption.h"
-#include "core/seams.h"
 #include "editing/frmMain.h"
 #include "platform/AudioEditor2.h"
 #include "skin/CPictureButton.h"
+#include "support/MainWindowFixture.h"
+#include "support/ServiceFixture.h"
+#include "support/SoundFiles.h"
+#include "support/TestGround.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
-#include <QProcess>
-#include <QSettings>
-#include <QTemporaryDir>
 #include <QTimer>
 #include <algorithm>
 #include <vector>
 
 namespace {
 const bool sendBench = RegisterBench(QStringLiteral("Send_30sAmrNb_PressToReply"), [] {
-    BenchService service(QStringLiteral("0412345678:benchpass"));
-    QTemporaryDir ground;
-    if (!service.Running() || !ground.isValid())
+    ServiceFixture service;
+    TestGround ground;
+    if (!service.running())
         return BenchFigure{-1, QStringLiteral("ms")};
-    QDir(ground.path()).mkpath(QStringLiteral("program"));
-    QDir(ground.path()).mkpath(QStringLiteral("temp"));
-    const QString program = ground.filePath(QStringLiteral("program"));
-    const QString temp = ground.filePath(QStringLiteral("temp"));
-    QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, ground.filePath(QStringLiteral("settings")));
-    seams().programFolder = [program] { return program; };
-    seams().tempFolder = [temp] { return temp; };
-    seams().serviceBaseUrl = service.Base();
-    seams().serviceCertificateFile = service.Certificate();
-    SetMainWindow([] {
-        MainForm().Load();
-        return static_cast<QWidget*>(&MainForm());
-    });
-
-    const QString song = ground.filePath(QStringLiteral("song.mp3"));
-    QProcess::execute(QStringLiteral("ffmpeg"), {QStringLiteral("-loglevel"), QStringLiteral("error"), QStringLiteral("-y"),
-                                                 QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
-                                                 QStringLiteral("sine=frequency=440:duration=40"), QStringLiteral("-ac"),
-                                                 QStringLiteral("2"), QStringLiteral("-ar"), QStringLiteral("44100"), song});
+    service.aimSeams();
+    MainWindowFixture<frmMain> mainWindow(MainForm, DropMainForm);
+    const QString song = MakeTone(ground.root() + QStringLiteral("/song.mp3"), 40.0);
     gstrMachineKey = Hash(QStringLiteral("525400123456"));
-    gstrMobileNumber = QStringLiteral("0412345678");
-    gstrPassword = Encrypt(QStringLiteral("benchpass"), gstrMachineKey);
+    gstrMobileNumber = QLatin1String(ServiceFixture::kDemoMobile);
+    gstrPassword = Encrypt(QLatin1String(ServiceFixture::kDemoPassword), gstrMachineKey);
     gstrPreferredFormat = QStringLiteral("AMR Narrowband");
     gintFreeQuills = 1000;
 
-    frmMain& form = MainForm();
-    form.Load();
+    frmMain& form = mainWindow.Load();
     form.LoadSoundFile(song);
     form.AudioEditor21->SetSelectionStart(5 * 44100);
     form.AudioEditor21->SetSelectionEnd(35 * 44100);
@@ -80,7 +60,6 @@ const bool sendBench = RegisterBench(QStringLiteral("Send_30sAmrNb_PressToReply"
         if (replyAt > 0)
             times.push_back(replyAt);
     }
-    DropMainForm();
     if (times.empty())
         return BenchFigure{-1, QStringLiteral("ms")};
     std::sort(times.begin(), times.end());

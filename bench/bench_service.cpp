@@ -4,14 +4,12 @@
 // 150 KB tone, each with its p99 latency, the service's peak memory, and the
 // uploads the service acknowledged but did not store (which must be 0).
 #include "Bench.h"
-#include "BenchService.h"
+#include "support/ServiceFixture.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
-#include <QTemporaryDir>
 
 namespace {
 constexpr int kConnections = 4;
@@ -33,7 +31,7 @@ QString RunLoad(const QString& base, const QString& certificate, const QString& 
 {
     QProcess load;
     load.start(BuiltProgram(QStringLiteral("quillotone-service-load")),
-               {base, certificate, kind, QStringLiteral("0412345678"), QStringLiteral("benchpass"),
+               {base, certificate, kind, QLatin1String(ServiceFixture::kDemoMobile), QLatin1String(ServiceFixture::kDemoPassword),
                 QString::number(kConnections), kSeconds});
     load.waitForFinished(60000);
     return QString::fromLatin1(load.readAllStandardOutput());
@@ -52,11 +50,11 @@ const LoadFigures& Figures()
 {
     static const LoadFigures figures = [] {
         LoadFigures f;
-        BenchService service(QStringLiteral("0412345678:benchpass"));
-        if (!service.Running())
+        ServiceFixture service;
+        if (!service.running())
             return f;
-        const QString base = service.Base();
-        const QString certificate = service.Certificate();
+        const QString base = service.baseUrl();
+        const QString certificate = service.certificateFile();
 
         const QString logins = RunLoad(base, certificate, QStringLiteral("login"));
         f.loginsPerSecond = Value(logins, QStringLiteral("rate"));
@@ -64,9 +62,9 @@ const LoadFigures& Figures()
         const QString uploads = RunLoad(base, certificate, QStringLiteral("upload"));
         f.uploadsPerSecond = Value(uploads, QStringLiteral("rate"));
         f.uploadP99 = Value(uploads, QStringLiteral("p99_ms"));
-        f.peakMegabytes = PeakMegabytes(service.Pid());
+        f.peakMegabytes = PeakMegabytes(service.pid());
         const double acknowledged = Value(uploads, QStringLiteral("requests")) - Value(uploads, QStringLiteral("failed"));
-        const double stored = QDir(service.DataFolder() + QStringLiteral("/tones")).entryList({QStringLiteral("*.amr")}).size();
+        const double stored = QDir(service.dataFolder() + QStringLiteral("/tones")).entryList({QStringLiteral("*.amr")}).size();
         f.lostUploads = acknowledged - stored;
         return f;
     }();

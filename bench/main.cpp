@@ -3,6 +3,7 @@
 #include "Bench.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QTextStream>
 #include <algorithm>
@@ -21,6 +22,11 @@ bool RegisterBench(const QString& name, std::function<BenchFigure()> run)
 {
     registry().emplace(name, std::move(run));
     return true;
+}
+
+QString BuiltProgram(const QString& name)
+{
+    return QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("../bin/") + name);
 }
 
 double MedianMilliseconds(int runs, const std::function<void()>& call)

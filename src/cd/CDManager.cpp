@@ -49,7 +49,7 @@ void convertToAmr(const QString& source, const QString& target, int32_t format, 
     job.Run(settings);
 }
 
-// Copies the samples through, one second at a time; no fades, no boost.
+// Copies the samples through; no fades, no boost.
 void copySamples(const QString& sourcePath, const QString& targetPath, int32_t format)
 {
     AudioFileStream source;
@@ -61,14 +61,7 @@ void copySamples(const QString& sourcePath, const QString& targetPath, int32_t f
         target.SetMp3Output(16000, 24, 1);
     target.Create(targetPath, 0);
     target.SetInputFormat(source.SampleRate(), source.Channels());
-    const int chunk = source.SampleRate() * source.Channels();
-    std::vector<int16_t> samples;
-    for (;;) {
-        source.ReadSamples(chunk, samples);
-        if (samples.empty())
-            break;
-        target.WriteSamples(samples);
-    }
+    target.WriteAllOf(source);
     target.Close();
     source.Close();
 }

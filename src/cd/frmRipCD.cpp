@@ -289,11 +289,7 @@ void frmRipCD::Leave()
 
 void frmRipCD::showFreeDBWrong()
 {
-    std::unique_ptr<frmMessage> help = MessageWindow(QStringLiteral("frmFreeDBWrong"));
-    help->Load();
-    PrepareDialog(help.get());
-    help->Show(true);
-    help->Unload();
+    ShowMessageWindow(QStringLiteral("frmFreeDBWrong"));
 }
 
 void frmRipCD::mobjCDManager_CDTrackTimer(const QString& ElapsedTime)

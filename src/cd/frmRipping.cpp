@@ -172,13 +172,6 @@ void frmRipping::mobjAudioCDGrabber2_OperationProgress(double progress)
 
 void frmRipping::imgCancel_Released()
 {
-    std::unique_ptr<frmMessage> ask = MessageWindow(QStringLiteral("frmCancelRip"));
-    ask->Load();
-    PrepareDialog(ask.get());
-    ask->Show(true);
-    const QString answer = ask->Tag;
-    ask->Unload();
-    ask.reset();
-    if (answer == QStringLiteral("Q"))
+    if (ShowMessageWindow(QStringLiteral("frmCancelRip")) == QLatin1String("Q"))
         mbRipCancelled = true;
 }

@@ -44,8 +44,18 @@ void ResumeNext(ErrObject& err, Statement&& statement)
 
 // The usual run-time error numbers, as the messages quote them.
 namespace ErrNo {
+constexpr long Overflow = 6;
+constexpr long SubscriptOutOfRange = 9;
+constexpr long TypeMismatch = 13;
 constexpr long FileNotFound = 53;
+constexpr long FileAlreadyExists = 58;
+constexpr long DiskFull = 61;
 constexpr long PathFileAccess = 75;
 constexpr long PathNotFound = 76;
-constexpr long DiskFull = 61;
 }  // namespace ErrNo
+
+// What every reader of sound says of a file it cannot take, and of one that
+// holds nothing that decodes; callers compare a failure's Description with
+// these, never with their own copy of the words.
+inline const QString kFormatNotSupported = QStringLiteral("Format is not supported.");
+inline const QString kFileEmptyOrDamaged = QStringLiteral("The file is empty or damaged.");

@@ -31,18 +31,6 @@ constexpr int kUploadPasses = 6;
 const QString kSent = QStringLiteral("Message Sent! Thanks for Quillo Tonin!");
 const QString kReady = QStringLiteral("Ready.");
 
-// Shows a window of the catalogue modally and gives back its Tag.
-QString ask(const QString& name)
-{
-    auto window = MessageWindow(name);
-    window->Load();
-    PrepareDialog(window.get());
-    window->Show(true);
-    const QString tag = window->Tag;
-    window->Unload();
-    return tag;
-}
-
 bool tunnelSetting()
 {
     return GetAppSetting(QStringLiteral("UseTunnel"), kSettings) == QLatin1String("1");
@@ -67,7 +55,7 @@ void moveFile(const QString& from, const QString& to)
     if (!QFileInfo::exists(from))
         throw CError(ErrNo::FileNotFound, QStringLiteral("File not found"), QStringLiteral("SendTone"));
     if (QFileInfo::exists(to))
-        throw CError(58, QStringLiteral("File already exists"), QStringLiteral("SendTone"));
+        throw CError(ErrNo::FileAlreadyExists, QStringLiteral("File already exists"), QStringLiteral("SendTone"));
     if (!QFile::rename(from, to))
         throw CError(ErrNo::PathFileAccess, QStringLiteral("Path/File access error"), QStringLiteral("SendTone"));
 }
@@ -82,7 +70,7 @@ void reportSong(SendToneHost& host)
 // What both roads do once the tone is on its way.
 void sent(SendToneHost& host, bool report)
 {
-    ask(QStringLiteral("frmSent"));
+    ShowMessageWindow(QStringLiteral("frmSent"));
     QLabel* status = host.SoundFileLabel();
     QFont font = status->font();
     font.setBold(false);
@@ -163,7 +151,7 @@ void SendTone(SendToneHost& host)
 
         // A file that failed to open leaves its path behind but no sound to cut.
         if (host.CurrentFile().isEmpty() || editor->TotalSamples() == 0) {
-            ask(QStringLiteral("frmNoToneSelected"));
+            ShowMessageWindow(QStringLiteral("frmNoToneSelected"));
             SetFormEnabled(window, true);
             return;
         }
@@ -180,7 +168,7 @@ void SendTone(SendToneHost& host)
         } else {
             length = editor->SelectionEnd() - editor->SelectionStart();
             if (length == 0) {
-                ask(QStringLiteral("frmToneNotTrimmed"));
+                ShowMessageWindow(QStringLiteral("frmToneNotTrimmed"));
                 SetFormEnabled(window, true);
                 return;
             }
@@ -199,8 +187,8 @@ void SendTone(SendToneHost& host)
                 bool deletedPending = false;
                 if (tunnelSetting())
                     openHelper();
-                if (ask(QStringLiteral("frmTonePending")) == QLatin1String("Q") &&
-                    ask(QStringLiteral("frmConfirmDeleteTone")) != QLatin1String("Q")) {
+                if (ShowMessageWindow(QStringLiteral("frmTonePending")) == QLatin1String("Q") &&
+                    ShowMessageWindow(QStringLiteral("frmConfirmDeleteTone")) != QLatin1String("Q")) {
                     queue.DeleteQueuedTone();
                     deletedPending = true;
                     SetFormEnabled(window, true);
@@ -250,7 +238,8 @@ void SendTone(SendToneHost& host)
         }
         dialog.HideForm();
 
-        const QString consent = ask(gintFreeQuills < 1 ? QStringLiteral("frmCharged") : QStringLiteral("frmAboutToUseFreeQuill"));
+        const QString consent = ShowMessageWindow(gintFreeQuills < 1 ? QStringLiteral("frmCharged")
+                                                                      : QStringLiteral("frmAboutToUseFreeQuill"));
         if (consent == QLatin1String("Q")) {
             host.SetStatusText(savedCaption);
             SetFormEnabled(window, true);

@@ -74,17 +74,6 @@ void StepVolume(NCTSliderB2* slider, int16_t direction)
         slider->SetValue(slider->Value() + 3000 * direction);
 }
 
-QString ShowMessageWindow(const QString& name)
-{
-    auto dlg = MessageWindow(name);
-    dlg->Load();
-    PrepareDialog(dlg.get());
-    dlg->Show(true);
-    const QString tag = dlg->Tag;
-    dlg->Unload();
-    return tag;
-}
-
 QRect ArtworkRect(int x, int y, int width, int height)
 {
     return QRect(TwipsToPixelsX(x * 15.0), TwipsToPixelsY(y * 15.0), TwipsToPixelsX(width * 15.0),

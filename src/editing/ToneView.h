@@ -35,8 +35,5 @@ struct ToneView {
 
 // One tick of a volume timer: the slider moves 3000 in the held direction.
 void StepVolume(NCTSliderB2* slider, int16_t direction);
-// Shows a message window of the catalogue modally, made ready over the main
-// window, and unloads it; its Tag.
-QString ShowMessageWindow(const QString& name);
 // A rectangle of the artwork, drawn at 96 DPI, on this screen.
 QRect ArtworkRect(int x, int y, int width, int height);

@@ -47,7 +47,6 @@ namespace {
 const QString kSelectPrompt = QStringLiteral("Select a sound file or rip a CD...");
 const QString kLoadingWords = QStringLiteral("Loading. Please wait (");
 const QString kPreparingWords = QStringLiteral("Preparing ringtone (");
-const QString kFormatNotSupported = QStringLiteral("Format is not supported.");
 
 // "Music files (*.mp3, *.wav, *.wma)" -> *.mp3 *.wav *.wma; "*.*" is every file.
 QStringList filterPatterns(const QString& filter)
@@ -469,11 +468,7 @@ void frmMain::cmdRip_Released()
         SetFormEnabled(this, false);
         if (!CDInDrive()) {
             SetMousePointer(vbDefault);
-            std::unique_ptr<frmMessage> insert = MessageWindow(QStringLiteral("frmInsertCD"));
-            insert->Load();
-            PrepareDialog(insert.get());
-            insert->Show(true);
-            insert->Unload();
+            ShowMessageWindow(QStringLiteral("frmInsertCD"));
         } else {
             auto rip = std::make_unique<frmRipCD>();
             rip->Load();
@@ -564,10 +559,7 @@ void frmMain::LoadIntoEditor(const QString& path)
                                              "Please choose another file."),
                               true, this);
         } else {
-            auto dlg = MessageWindow(QStringLiteral("frmInvalidFileFormat"));
-            dlg->Load();
-            dlg->Show(true);
-            dlg->Unload();
+            ShowMessageWindow(QStringLiteral("frmInvalidFileFormat"));
         }
         SetControlTag(toneLength, QStringLiteral("err"));
         mbBusy = false;
@@ -678,10 +670,7 @@ void frmMain::cmdMyMusic_Released()
     } catch (const CError& e) {
         label("imgLoading")->hide();
         if (e.Description().toLower() == kFormatNotSupported.toLower()) {
-            auto dlg = MessageWindow(QStringLiteral("frmInvalidFileFormat"));
-            dlg->Load();
-            dlg->Show(true);
-            dlg->Unload();
+            ShowMessageWindow(QStringLiteral("frmInvalidFileFormat"));
         } else {
             MsgBox(e.Description());
         }
@@ -860,13 +849,10 @@ void frmMain::CheckToneSize(const QString& path, bool& result)
     result = true;
     if (!limit || size <= *limit)
         return;
-    auto dlg = MessageWindow(QStringLiteral("frmToneTooBig"));
-    dlg->Load();
-    PrepareDialog(dlg.get());
-    SetControlTag(dlg->Label(QStringLiteral("lblTooBig")), QString::number(size));
-    dlg->Show(true);
-    result = dlg->Tag != QLatin1String("Q");
-    dlg->Unload();
+    const QString answer = ShowMessageWindow(QStringLiteral("frmToneTooBig"), [size](frmMessage& window) {
+        SetControlTag(window.Label(QStringLiteral("lblTooBig")), QString::number(size));
+    });
+    result = answer != QLatin1String("Q");
 }
 
 namespace {

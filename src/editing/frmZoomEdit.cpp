@@ -10,6 +10,7 @@
 #include "skin/CClickLabel.h"
 #include "skin/CPictureButton.h"
 #include "skin/SkinStyle.h"
+#include "skin/frmMessage.h"
 
 #include <QLabel>
 #include <QTimer>

@@ -39,10 +39,7 @@ void CAudioPlayer::StartPlaying()
         mbPlaying = true;
         feed();
     } catch (const CError&) {
-        auto dlg = MessageWindow(QStringLiteral("frmInvalidFileFormat"));
-        dlg->Load();
-        dlg->Show(true);
-        dlg->Unload();
+        ShowMessageWindow(QStringLiteral("frmInvalidFileFormat"));
     }
 }
 

@@ -205,13 +205,9 @@ void frmMyMusic2::Form_Load()
         BuildTree();
         return;
     }
-    auto ask = MessageWindow(QStringLiteral("frmConfirmSearch"));
-    ask->Load();
-    ask->Show(true);
     // No window of its own: the tray and balloon are the only signs of it.
-    if (ask->Tag != QLatin1String("Q"))
+    if (ShowMessageWindow(QStringLiteral("frmConfirmSearch")) != QLatin1String("Q"))
         CMusicSearch().Start(1);
-    ask->Unload();
     BuildTree();
 }
 

@@ -2,8 +2,10 @@
 
 #include "core/CError.h"
 #include "platform/SampleShaper.h"
+#include "platform/Transcode.h"
 
 #include <QFileInfo>
+#include <vector>
 
 namespace {
 constexpr int kChunkFrames = 8192;
@@ -40,23 +42,14 @@ void AudioFileStream::SetInputFormat(int sampleRate, int channels)
     if (mTargetPath.isEmpty())
         throw streamError(QStringLiteral("No output file was created"));
     mTarget.Create(mTargetPath, *mOutput, sampleRate, channels);
-    mInputChannels = channels;
     mWriting = true;
 }
 
-void AudioFileStream::WriteSamples(const std::vector<int16_t>& samples)
+void AudioFileStream::WriteAllOf(AudioFileStream& source)
 {
     if (!mWriting)
         throw streamError(QStringLiteral("The output file is not open"));
-    mTarget.Write(samples.data(), static_cast<int>(samples.size() / mInputChannels));
-}
-
-void AudioFileStream::ReadSamples(int count, std::vector<int16_t>& samples)
-{
-    const int channels = std::max(1, mSource.Channels());
-    samples.resize(static_cast<size_t>(std::max(count / channels, 0)) * channels);
-    const int got = mSource.Read(samples.data(), count / channels);
-    samples.resize(static_cast<size_t>(got) * channels);
+    Transcode(source.mSource, mTarget);
 }
 
 void AudioFileStream::SetWaveOutput(int sampleRate, int channels, int bitsPerSample)
@@ -110,12 +103,8 @@ void ConversionJob::Run(const AmrEncoderSettings& settings)
     SampleShaper shaper(source.SampleRate(), channels, mFades ? mFadeIn : 0.0, mFades ? mFadeOut : 0.0, mBoost);
     AudioEncoder encoder;
     encoder.Create(mTarget, target, source.SampleRate(), channels);
-    std::vector<int16_t> chunk(static_cast<size_t>(kChunkFrames) * channels);
-    while (const int got = source.Read(chunk.data(), kChunkFrames)) {
-        const std::vector<int16_t> ready = shaper.Push(chunk.data(), got);
-        encoder.Write(ready.data(), static_cast<int>(ready.size() / channels));
-    }
-    const std::vector<int16_t> tail = shaper.Flush();
-    encoder.Write(tail.data(), static_cast<int>(tail.size() / channels));
+    TranscodeSteps steps;
+    steps.shaper = &shaper;
+    Transcode(source, encoder, steps);
     encoder.Finish();
 }

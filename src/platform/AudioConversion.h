@@ -10,7 +10,6 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
-#include <vector>
 
 // One sound file, read as a source or written as a target.
 class AudioFileStream {
@@ -24,9 +23,8 @@ public:
     // Names the output; it is written once SetInputFormat has told the
     // form of the samples.
     void Create(const QString& path, int flag);
-    void WriteSamples(const std::vector<int16_t>& samples);
-    // Up to count interleaved samples; empty at the end of the file.
-    void ReadSamples(int count, std::vector<int16_t>& samples);
+    // Writes what is left of source, which is open, as it was decoded.
+    void WriteAllOf(AudioFileStream& source);
     void SetInputFormat(int sampleRate, int channels);
     void SetWaveOutput(int sampleRate, int channels, int bitsPerSample);
     void SetMp3Output(int sampleRate, int kbitPerSecond, int channels);
@@ -38,7 +36,6 @@ private:
     AudioEncoder mTarget;
     std::optional<EncoderTarget> mOutput;
     QString mTargetPath;
-    int mInputChannels = 0;
     bool mWriting = false;
 };
 

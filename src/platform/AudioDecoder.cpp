@@ -16,7 +16,6 @@ extern "C" {
 }
 
 namespace {
-const QString kNotSupported = QStringLiteral("Format is not supported.");
 constexpr int kMaxChannels = 2;
 // Undecodable packets in a row after which the rest of the file counts as gone.
 constexpr int kMaxBadPackets = 200;
@@ -144,7 +143,7 @@ struct AudioDecoder::Impl {
                                 static_cast<AVSampleFormat>(frame->format), inRate, 0, nullptr) < 0 ||
             swr_init(swr) < 0 || av_channel_layout_copy(&swrLayout, &in) < 0) {
             swr_free(&swr);
-            throw CError(ErrNo::PathFileAccess, kNotSupported, QStringLiteral("AudioDecoder"));
+            throw CError(ErrNo::PathFileAccess, kFormatNotSupported, QStringLiteral("AudioDecoder"));
         }
         swrRate = inRate;
         swrFormat = frame->format;
@@ -214,17 +213,17 @@ void AudioDecoder::Open(const QString& path)
     try {
         if (avformat_open_input(&d->format, local.constData(), nullptr, nullptr) < 0 ||
             avformat_find_stream_info(d->format, nullptr) < 0)
-            throw CError(ErrNo::PathFileAccess, kNotSupported, QStringLiteral("AudioDecoder"));
+            throw CError(ErrNo::PathFileAccess, kFormatNotSupported, QStringLiteral("AudioDecoder"));
         const AVCodec* decoder = nullptr;
         d->stream = av_find_best_stream(d->format, AVMEDIA_TYPE_AUDIO, -1, -1, &decoder, 0);
         if (d->stream < 0 || !decoder)
-            throw CError(ErrNo::PathFileAccess, kNotSupported, QStringLiteral("AudioDecoder"));
+            throw CError(ErrNo::PathFileAccess, kFormatNotSupported, QStringLiteral("AudioDecoder"));
         AVStream* st = d->format->streams[d->stream];
         d->codec = avcodec_alloc_context3(decoder);
         if (!d->codec || avcodec_parameters_to_context(d->codec, st->codecpar) < 0 ||
             avcodec_open2(d->codec, decoder, nullptr) < 0 || d->codec->sample_rate <= 0 ||
             d->codec->ch_layout.nb_channels <= 0)
-            throw CError(ErrNo::PathFileAccess, kNotSupported, QStringLiteral("AudioDecoder"));
+            throw CError(ErrNo::PathFileAccess, kFormatNotSupported, QStringLiteral("AudioDecoder"));
         d->rate = d->codec->sample_rate;
         d->channels = std::min(d->codec->ch_layout.nb_channels, kMaxChannels);
         d->packet = av_packet_alloc();

@@ -6,8 +6,6 @@
 #include <cstdint>
 #include <memory>
 
-inline const QString kFileEmptyOrDamaged = QStringLiteral("The file is empty or damaged.");
-
 class AudioDecoder {
 public:
     AudioDecoder();
@@ -15,7 +13,7 @@ public:
     AudioDecoder(const AudioDecoder&) = delete;
     AudioDecoder& operator=(const AudioDecoder&) = delete;
 
-    // Throws CError: "Format is not supported." when the file holds no audio
+    // Throws CError: kFormatNotSupported when the file holds no audio
     // stream FFmpeg can decode; kFileEmptyOrDamaged for a file of no bytes, or
     // one whose frames turn out undecodable one after another; "File not
     // found" for a missing file. A file whose stream holds no decodable frame

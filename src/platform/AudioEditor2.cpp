@@ -5,6 +5,7 @@
 #include "platform/AudioEncoder.h"
 #include "platform/EditorPlayback.h"
 #include "platform/SoundLevel.h"
+#include "platform/Transcode.h"
 
 #include <QCoreApplication>
 #include <QMouseEvent>
@@ -83,7 +84,7 @@ void AudioEditor2::OpenFile(const QString& path)
     if (peaks.Frames() == 0)  // a sound stream with nothing in it that decodes
         throw CError(ErrNo::PathFileAccess, kFileEmptyOrDamaged, QStringLiteral("AudioEditor2"));
     if (peaks.Frames() > INT32_MAX)
-        throw CError(ErrNo::PathFileAccess, QStringLiteral("Format is not supported."), QStringLiteral("AudioEditor2"));
+        throw CError(ErrNo::PathFileAccess, kFormatNotSupported, QStringLiteral("AudioEditor2"));
     mSource = std::move(source);
     mPeaks = std::move(peaks);
     mRate = mSource->SampleRate();
@@ -201,7 +202,7 @@ void AudioEditor2::SaveToFile(const QString& path, bool selectionOnly, int fileF
         target.sampleRate = std::min(mRate, kSaveMp3MaxRate);
         target.channels = 1;
     } else if (fileFormat != FormatWave) {
-        throw CError(ErrNo::PathFileAccess, QStringLiteral("Format is not supported."), QStringLiteral("AudioEditor2"));
+        throw CError(ErrNo::PathFileAccess, kFormatNotSupported, QStringLiteral("AudioEditor2"));
     }
     int64_t start = 0, end = TotalSamples();
     if (selectionOnly && mSelStart != mSelEnd) {
@@ -213,19 +214,17 @@ void AudioEditor2::SaveToFile(const QString& path, bool selectionOnly, int fileF
     AudioEncoder encoder;
     encoder.Create(path, target, mRate, mSource->Channels());
     mSource->Seek(start);
-    std::vector<int16_t> chunk(static_cast<size_t>(kChunkFrames) * mSource->Channels());
     int percent = 0;
-    for (int64_t at = start; at < end;) {
-        const int got = mSource->Read(chunk.data(), static_cast<int>(std::min<int64_t>(kChunkFrames, end - at)));
-        if (got == 0)
-            throw CError(ErrNo::PathFileAccess, QStringLiteral("The sound file can no longer be read"),
-                         QStringLiteral("AudioEditor2"));
-        encoder.Write(chunk.data(), got);
-        at += got;
-        const int now = static_cast<int>((at - start) * 100 / (end - start));
+    TranscodeSteps steps;
+    steps.frames = end - start;
+    steps.progress = [&](int64_t done) {
+        const int now = static_cast<int>(done * 100 / (end - start));
         if (now != percent && now < 100)
             emit OnEditorProgress(percent = now);
-    }
+    };
+    if (Transcode(*mSource, encoder, steps) < end - start)
+        throw CError(ErrNo::PathFileAccess, QStringLiteral("The sound file can no longer be read"),
+                     QStringLiteral("AudioEditor2"));
     encoder.Finish();
     emit OnEditorProgress(100);
 }

@@ -5,7 +5,7 @@
 // counts ("samples") of the whole file, also while the view is zoomed.
 //
 // Errors are CError; OpenFile's for a file that is no sound has the
-// description "Format is not supported.", for an empty one or one with nothing
+// description kFormatNotSupported, for an empty one or one with nothing
 // that decodes kFileEmptyOrDamaged. A file that fails to open leaves
 // the sound already shown in place.
 //

@@ -11,7 +11,7 @@
 #include <cmath>
 
 namespace {
-constexpr int kStallMs = 2000;
+constexpr int kTickMs = 40;
 }
 
 void ApplyGain(int16_t* samples, int64_t count, double gain)
@@ -57,7 +57,7 @@ qint64 DecoderStream::readData(char* data, qint64 maxSize)
 }
 
 EditorPlayback::EditorPlayback(AudioDecoder& source, int64_t start, int64_t end, double gain, QObject* parent)
-    : QObject(parent), mStart(start), mEnd(end), mRate(source.SampleRate())
+    : QObject(parent), mStart(start), mEnd(end), mRate(source.SampleRate()), mStall(kTickMs)
 {
     QAudioFormat format;
     format.setSampleRate(source.SampleRate());
@@ -72,7 +72,7 @@ EditorPlayback::EditorPlayback(AudioDecoder& source, int64_t start, int64_t end,
     mStream->open(QIODevice::ReadOnly);
     mSink = new QAudioSink(device, format, this);
     mTick = new QTimer(this);
-    mTick->setInterval(40);
+    mTick->setInterval(kTickMs);
     connect(mTick, &QTimer::timeout, this, &EditorPlayback::tick);
     connect(mSink, &QAudioSink::stateChanged, this, &EditorPlayback::stateChanged);
     mSink->start(mStream);
@@ -104,11 +104,7 @@ int64_t EditorPlayback::Frame() const
 
 void EditorPlayback::tick()
 {
-    // An output that was unplugged may simply stop taking data.
-    const qint64 processed = mSink->processedUSecs();
-    mStalledTicks = processed == mLastProcessed ? mStalledTicks + 1 : 0;
-    mLastProcessed = processed;
-    if (mStalledTicks * mTick->interval() >= kStallMs) {
+    if (mStall.Stalled(mSink->processedUSecs())) {
         finish();
         return;
     }

@@ -1,6 +1,8 @@
 #pragma once
 // Plays frames [start, end) of an open decoder through the default output
 // of the sound server, with a software gain that clips instead of wrapping.
+#include "platform/StallWatch.h"
+
 #include <QIODevice>
 #include <QObject>
 #include <cstdint>
@@ -60,6 +62,5 @@ private:
     QAudioSink* mSink;
     QTimer* mTick;
     bool mEnded = false;
-    qint64 mLastProcessed = -1;
-    int mStalledTicks = 0;
+    StallWatch mStall;
 };

@@ -11,11 +11,6 @@
 #include <cmath>
 #include <cstring>
 
-namespace {
-constexpr int kTimerMs = 100;
-constexpr int kStallMs = 2000;
-}
-
 void NCTAudioFileReader2::OpenFile(const QString& path, int, int)
 {
     mStatus = 0;
@@ -107,8 +102,7 @@ void NCTAudioPlayer2::StartArrayPlay()
     Stop();
     mStatus = 0;
     mEnded = false;
-    mLastProcessed = -1;
-    mStalledTicks = 0;
+    mStall.Reset();
     const QAudioDevice device = QMediaDevices::defaultAudioOutput();
     QAudioFormat format;
     format.setSampleRate(mRate);
@@ -172,22 +166,16 @@ void NCTAudioPlayer2::tick()
     if (!mSink)
         return;
     const qint64 processed = mSink->processedUSecs();
-    // An output that was unplugged may simply stop taking data: two seconds
-    // without progress while there is sound to play end the playback.
-    if (processed == mLastProcessed && mQueue->Blocks() > 0) {
-        if (++mStalledTicks * kTimerMs >= kStallMs) {
-            mStatus = -1;
-            mTimer->stop();
-            if (!mEnded) {
-                mEnded = true;
-                emit EndPlay();
-            }
-            return;
+    // Only while there is sound to play does standing still end the playback.
+    if (mStall.Stalled(processed, mQueue->Blocks() > 0)) {
+        mStatus = -1;
+        mTimer->stop();
+        if (!mEnded) {
+            mEnded = true;
+            emit EndPlay();
         }
-    } else {
-        mStalledTicks = 0;
+        return;
     }
-    mLastProcessed = processed;
     const int64_t frames = processed * mRate / 1000000;
     emit Timer(frames, mQueue->Levels[0], mQueue->Levels[1]);
 }

@@ -6,6 +6,7 @@
 // CError when a file cannot be opened as sound (its Status is then negative
 // too) and when ReadBlock cannot read on.
 #include "platform/AudioDecoder.h"
+#include "platform/StallWatch.h"
 
 #include <QByteArray>
 #include <QIODevice>
@@ -92,6 +93,6 @@ private:
     BlockQueue* mQueue = nullptr;
     QTimer* mTimer = nullptr;
     bool mEnded = false;
-    qint64 mLastProcessed = -1;
-    int mStalledTicks = 0;
+    static constexpr int kTimerMs = 100;
+    StallWatch mStall{kTimerMs};
 };

@@ -10,8 +10,6 @@
 #include <cmath>
 
 namespace {
-constexpr int kTimerMs = 100;
-constexpr int kStallMs = 2000;
 constexpr int kWaveHeaderBytes = 44;
 
 QByteArray waveHeader(int rate, int channels, quint32 dataBytes)
@@ -107,7 +105,7 @@ void NCTAudioRecord2::StartArrayRecord()
         return;
     }
     connect(mInput, &QIODevice::readyRead, this, &NCTAudioRecord2::takeIn);
-    mQuietTicks = 0;
+    mStall.Reset(mFrames);
     mTimer->start();
 }
 
@@ -124,8 +122,6 @@ void NCTAudioRecord2::takeIn()
         mLevelRight = levels[1];
     }
     mFrames += frames;
-    if (frames > 0)
-        mQuietTicks = 0;
     mPending += got;
     while (mBlockBytes > 0 && mPending.size() >= mBlockBytes)
         handOut(mBlockBytes);
@@ -165,9 +161,8 @@ int32_t NCTAudioRecord2::SamplesToMilliseconds(int64_t samples) const
 
 void NCTAudioRecord2::tick()
 {
-    // An input that was unplugged may simply fall silent: no sample for two
-    // seconds ends the take as a failed device does.
-    if (++mQuietTicks * kTimerMs >= kStallMs) {
+    // Silence from the input ends the take as a failed device does.
+    if (mStall.Stalled(mFrames)) {
         mStatus = -1;
         mTimer->stop();
         return;

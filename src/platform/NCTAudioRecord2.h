@@ -4,6 +4,8 @@
 // hands them out in blocks (EndArrayRecord, then GetArray); the writer puts
 // such blocks into a wave file whose header is made right when it closes.
 // Both report failures through Status (negative).
+#include "platform/StallWatch.h"
+
 #include <QAudioDevice>
 #include <QByteArray>
 #include <QFile>
@@ -69,7 +71,8 @@ private:
     int64_t mFrames = 0;
     int mLevelLeft = 0;
     int mLevelRight = 0;
-    int mQuietTicks = 0;
+    static constexpr int kTimerMs = 100;
+    StallWatch mStall{kTimerMs};
 };
 
 class NCTAudioFileWriter2 {

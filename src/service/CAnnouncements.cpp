@@ -18,11 +18,9 @@ void CAnnouncements::CheckForAnnouncements()
         reply = call.GetPage(ptAnnouncementRead, query, true, kServiceTimeOut);
         SetMousePointer(vbDefault);
         if (!reply.isEmpty()) {
-            std::unique_ptr<frmMessage> frmAnnouncements = MessageWindow(QStringLiteral("frmAnnouncements"));
-            frmAnnouncements->Load();
-            frmAnnouncements->findChild<QPlainTextEdit*>(QStringLiteral("txtAnnouncement"))->setPlainText(reply);
-            frmAnnouncements->Show(true);
-            frmAnnouncements->Unload();
+            ShowMessageWindow(QStringLiteral("frmAnnouncements"), [&reply](frmMessage& window) {
+                window.findChild<QPlainTextEdit*>(QStringLiteral("txtAnnouncement"))->setPlainText(reply);
+            });
         }
     } while (!reply.isEmpty());
 }

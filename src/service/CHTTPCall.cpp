@@ -5,7 +5,7 @@
 #include "core/codepage.h"
 #include "core/modCommon.h"
 #include "core/seams.h"
-#include "service/WebClient.h"
+#include "platform/WebClient.h"
 #include "skin/CDialog.h"
 #include "skin/frmGenericOKDialog.h"
 #include "wire/Pages.h"

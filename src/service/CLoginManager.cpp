@@ -30,17 +30,17 @@ int16_t TextToInt16(const QString& text)
     bool ok = false;
     const double value = text.trimmed().toDouble(&ok);
     if (!ok)
-        throw CError(13, QStringLiteral("Type mismatch"));
+        throw CError(ErrNo::TypeMismatch, QStringLiteral("Type mismatch"));
     const double rounded = std::nearbyint(value);
     if (rounded < -32768 || rounded > 32767)
-        throw CError(6, QStringLiteral("Overflow"));
+        throw CError(ErrNo::Overflow, QStringLiteral("Overflow"));
     return static_cast<int16_t>(rounded);
 }
 
 const QString& Field(const QStringList& fields, qsizetype index)
 {
     if (index >= fields.size())
-        throw CError(9, QStringLiteral("Subscript out of range"));
+        throw CError(ErrNo::SubscriptOutOfRange, QStringLiteral("Subscript out of range"));
     return fields[index];
 }
 

@@ -117,14 +117,10 @@ void EnsureMusicLibrary()
 {
     if (QFile::exists(gstrMyMusicPath))
         return;
-    auto ask = MessageWindow(QStringLiteral("frmConfirmSearch"));
-    ask->Load();
-    ask->Show(true);
-    if (ask->Tag == QLatin1String("Q"))
+    if (ShowMessageWindow(QStringLiteral("frmConfirmSearch")) == QLatin1String("Q"))
         WriteLibraryLine(gstrMyMusicPath, kDeclinedEmptyLibrary);
     else if (startRoads().searchForMusic)
         startRoads().searchForMusic();
-    ask->Unload();
 }
 
 void SubMain()

@@ -14,13 +14,7 @@
 
 bool ConfirmExit()
 {
-    auto confirm = MessageWindow(QStringLiteral("frmConfirmExit"));
-    confirm->Load();
-    PrepareDialog(confirm.get());
-    confirm->Show(true);
-    const bool leave = confirm->Tag != QLatin1String("Q");
-    confirm->Unload();
-    return leave;
+    return ShowMessageWindow(QStringLiteral("frmConfirmExit")) != QLatin1String("Q");
 }
 
 QString QuitBalloonPath()

@@ -8,6 +8,7 @@
 #include "skin/ControlTag.h"
 
 #include <QLabel>
+#include <stdexcept>
 
 frmMessage::frmMessage(const MessageWindowRow& row)
     : CSkinWindow(row.name), mRow(row)
@@ -75,6 +76,20 @@ std::unique_ptr<frmMessage> MessageWindow(const QString& name)
             return std::make_unique<frmMessage>(row);
     }
     return nullptr;
+}
+
+QString ShowMessageWindow(const QString& name, const std::function<void(frmMessage&)>& fill)
+{
+    auto window = MessageWindow(name);
+    if (!window)
+        throw std::invalid_argument("The message catalogue holds no window named " + name.toStdString());
+    window->Load();
+    if (fill)
+        fill(*window);
+    window->Show(true);
+    const QString tag = window->Tag;
+    window->Unload();
+    return tag;
 }
 
 QStringList MessageWindowNames()

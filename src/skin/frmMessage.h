@@ -2,17 +2,15 @@
 // Every message window with fixed wording is this one class, configured by
 // its row of the catalogue: buttons and the Tag each gives, the keys, where
 // it centres, and its wording painted into the face. A caller writes
-//   auto dlg = MessageWindow("frmConfirmExit");
-//   dlg->Load(); PrepareDialog(dlg.get()); dlg->Show(true);
-//   if (dlg->Tag == "Q") ...; dlg->Unload();
-// The window colour-keys and centres itself at load; a caller's PrepareDialog
-// comes to the same thing for the windows that centre on the main window.
+//   if (ShowMessageWindow("frmConfirmExit") == "Q") ...
+// The window colour-keys and centres itself at load.
 #include "skin/CSkinWindow.h"
 #include "skin/SkinDescription.h"
 
 #include <QList>
 #include <QString>
 #include <QStringList>
+#include <functional>
 #include <memory>
 
 struct MessageButton {
@@ -59,3 +57,8 @@ private:
 
 // A new, unloaded window of the catalogue; null for a name it does not hold.
 std::unique_ptr<frmMessage> MessageWindow(const QString& name);
+
+// Loads the catalogue's window name, lets fill set it up, shows it modally,
+// unloads it and gives back its Tag. A name the catalogue does not hold is a
+// fault in the caller: it throws std::invalid_argument naming the window.
+QString ShowMessageWindow(const QString& name, const std::function<void(frmMessage&)>& fill = {});

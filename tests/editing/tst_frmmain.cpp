@@ -1,4 +1,3 @@
-#include "core/MainWindow.h"
 #include "core/globals.h"
 #include "core/modCommon.h"
 #include "core/seams.h"
@@ -15,6 +14,7 @@
 #include "skin/ControlTag.h"
 #include "support/DialogAnswerer.h"
 #include "support/Files.h"
+#include "support/MainWindowFixture.h"
 #include "support/PulseServer.h"
 #include "support/QuietOffscreen.h"
 #include "support/SoundFiles.h"
@@ -39,6 +39,7 @@ class tst_frmMain : public QObject {
     Q_OBJECT
     std::unique_ptr<PulseServer> pulse;
     std::unique_ptr<TestGround> ground;
+    std::unique_ptr<MainWindowFixture<frmMain>> window;
     QString song;  // ten seconds at 44100 Hz
     frmMain* form = nullptr;
 
@@ -76,18 +77,14 @@ private slots:
     void init()
     {
         ground = std::make_unique<TestGround>();
-        SetMainWindow([] {
-            MainForm().Load();
-            return static_cast<QWidget*>(&MainForm());
-        });
+        window = std::make_unique<MainWindowFixture<frmMain>>(MainForm, DropMainForm);
         song = MakeTone(ground->root() + "/Some Song.mp3", 10.0);
         QVERIFY(!song.isEmpty());
-        form = &MainForm();
-        form->Load();
+        form = &window->Load();
     }
     void cleanup()
     {
-        DropMainForm();
+        window.reset();
         form = nullptr;
         ground.reset();
     }

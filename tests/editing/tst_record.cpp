@@ -1,4 +1,3 @@
-#include "core/MainWindow.h"
 #include "core/seams.h"
 #include "editing/CAudioRecorder.h"
 #include "editing/frmMain.h"
@@ -6,6 +5,7 @@
 #include "platform/NCTAmpBar2.h"
 #include "platform/NCTAudioPlayer2.h"
 #include "skin/CPictureButton.h"
+#include "support/MainWindowFixture.h"
 #include "support/QuietOffscreen.h"
 #include "support/SoundFiles.h"
 #include "support/SoundTestCase.h"
@@ -13,7 +13,7 @@
 
 #include <QDir>
 #include <QMediaDevices>
-#include <QScopeGuard>
+#include <memory>
 #include <QSignalSpy>
 #include <csignal>
 #include <sys/resource.h>
@@ -25,18 +25,16 @@ class tst_Record : public SoundTestCase {
     frmMain* form = nullptr;
     double elapsed = 0;  // the take's last reported time
 
-    void openMainWindow()
+    // The window lives as long as what this gives back.
+    std::unique_ptr<MainWindowFixture<frmMain>> openMainWindow()
     {
         static const bool quiet = (QuietOffscreenPlugin(), true);
         Q_UNUSED(quiet);
-        SetMainWindow([] {
-            MainForm().Load();
-            return static_cast<QWidget*>(&MainForm());
-        });
-        form = &MainForm();
-        form->Load();
+        auto window = std::make_unique<MainWindowFixture<frmMain>>(MainForm, DropMainForm);
+        form = &window->Load();
         elapsed = 0;
         connect(form->mobjRecord.get(), &CAudioRecorder::Timer, this, [this](double s) { elapsed = s; });
+        return window;
     }
     void release(const char* name) { emit form->Button(name)->Released(); }
     QString text(const char* name) { return form->findChild<QLabel*>(name)->text(); }
@@ -66,12 +64,9 @@ class tst_Record : public SoundTestCase {
     }
 
 private slots:
-    void cleanupTestCase() { DropMainForm(); }
-
     void recordRoad()
     {
-        openMainWindow();
-        const auto drop = qScopeGuard([] { DropMainForm(); });
+        const auto window = openMainWindow();
         const QString tone = MakeTone(scratch("tone.wav"), 3.0, 500);
         release("cmdRecord");
         QVERIFY(form->mbRecordMode && !form->mbRecording);
@@ -141,8 +136,7 @@ private slots:
         QFETCH(QString, fault);
         QFETCH(QStringList, messages);
         QFETCH(bool, loaded);
-        openMainWindow();
-        const auto drop = qScopeGuard([] { DropMainForm(); });
+        const auto window = openMainWindow();
         if (fault == "folder") {
             QVERIFY(QDir(recordings()).removeRecursively());
             QVERIFY(QFile(recordings()).open(QIODevice::WriteOnly));  // a file where the folder should be

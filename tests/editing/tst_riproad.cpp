@@ -1,4 +1,3 @@
-#include "core/MainWindow.h"
 #include "core/globals.h"
 #include "cd/CDManager.h"
 #include "cd/frmRipCD.h"
@@ -11,6 +10,7 @@
 #include "support/CddbServer.h"
 #include "support/DialogAnswerer.h"
 #include "support/DiscImage.h"
+#include "support/MainWindowFixture.h"
 #include "support/QuietOffscreen.h"
 #include "support/TestGround.h"
 
@@ -23,6 +23,7 @@
 class tst_RipRoad : public QObject {
     Q_OBJECT
     std::unique_ptr<TestGround> ground;
+    std::unique_ptr<MainWindowFixture<frmMain>> window;
     std::unique_ptr<DiscImage> disc;
     std::unique_ptr<CddbServer> cddb;
     frmMain* form = nullptr;
@@ -34,20 +35,16 @@ private slots:
     void init()
     {
         ground = std::make_unique<TestGround>();
-        SetMainWindow([] {
-            MainForm().Load();
-            return static_cast<QWidget*>(&MainForm());
-        });
+        window = std::make_unique<MainWindowFixture<frmMain>>(MainForm, DropMainForm);
         disc = std::make_unique<DiscImage>(ground->root(), QList<double>{4.0, 5.0});
         cddb = std::make_unique<CddbServer>();
         cddb->know(disc->discId(), disc->offsets(), disc->discSeconds(), "Band", "Album", {"Intro", "Hook"});
         freeDBServer() = {"127.0.0.1", cddb->port()};
-        form = &MainForm();
-        form->Load();
+        form = &window->Load();
     }
     void cleanup()
     {
-        DropMainForm();
+        window.reset();
         delete gobjCDManager;
         gobjCDManager = nullptr;
         freeDBServer() = FreeDBServer();

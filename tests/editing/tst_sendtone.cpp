@@ -1,4 +1,3 @@
-#include "core/MainWindow.h"
 #include "core/globals.h"
 #include "core/modCommon.h"
 #include "core/modEncryption.h"
@@ -12,6 +11,7 @@
 #include "skin/ControlTag.h"
 #include "support/DialogAnswerer.h"
 #include "support/Files.h"
+#include "support/MainWindowFixture.h"
 #include "support/QuietOffscreen.h"
 #include "support/ServiceFixture.h"
 #include "support/SoundFiles.h"
@@ -29,6 +29,7 @@ class tst_SendTone : public QObject {
     Q_OBJECT
     std::unique_ptr<ServiceFixture> service;
     std::unique_ptr<TestGround> ground;
+    std::unique_ptr<MainWindowFixture<frmMain>> window;
     QString song;  // 30 seconds, in a folder "Rock"
     frmMain* form = nullptr;
 
@@ -76,21 +77,17 @@ private slots:
     {
         ground = std::make_unique<TestGround>();
         service->aimSeams();
-        SetMainWindow([] {
-            MainForm().Load();
-            return static_cast<QWidget*>(&MainForm());
-        });
+        window = std::make_unique<MainWindowFixture<frmMain>>(MainForm, DropMainForm);
         gstrMachineKey = Hash("525400123456");
         QDir(ground->root()).mkpath("Rock");
         song = MakeTone(ground->root() + "/Rock/Anthem.mp3", 30.0);
         QVERIFY(!song.isEmpty());
         logIn();
-        form = &MainForm();
-        form->Load();
+        form = &window->Load();
     }
     void cleanup()
     {
-        DropMainForm();
+        window.reset();
         form = nullptr;
         ground.reset();
     }

@@ -22,6 +22,7 @@
 #include <QTest>
 #include <QTimer>
 #include <memory>
+#include <stdexcept>
 
 namespace {
 // A plain skinned window with two buttons, as a window of the program builds one.
@@ -167,6 +168,7 @@ private slots:
     void catalogue_everyWindowIsBuiltByName()
     {
         QVERIFY(!MessageWindow("frmNoSuchWindow"));
+        QVERIFY_THROWS_EXCEPTION(std::invalid_argument, ShowMessageWindow("frmNoSuchWindow"));
 
         gstrChargeText = "50p a tone";
         for (const QString& name : MessageWindowNames()) {

@@ -1,4 +1,4 @@
-#include "service/WebClient.h"
+#include "platform/WebClient.h"
 
 #include "core/CError.h"
 #include "core/codepage.h"
