@@ -11,10 +11,6 @@
 #include <QFileInfo>
 #include <algorithm>
 
-namespace {
-constexpr long kFileAlreadyExists = 58;
-}
-
 int AmpBarValue(int level)
 {
     return RoundToEven(std::max(level - 20, 1) / 0.6);
@@ -107,7 +103,7 @@ void CAudioRecorder::moveToFinalName()
     if (!take.isFile())
         throw CError(ErrNo::FileNotFound, QStringLiteral("File not found"));
     if (QFileInfo::exists(target))
-        throw CError(kFileAlreadyExists, QStringLiteral("File already exists"));
+        throw CError(ErrNo::FileAlreadyExists, QStringLiteral("File already exists"));
     if (!QFile::rename(mstrCurrentRecordingPath, target))
         throw CError(ErrNo::PathFileAccess, QStringLiteral("Path/File access error"));
     mstrCurrentRecordingPath = target;
