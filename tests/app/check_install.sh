@@ -70,3 +70,31 @@ done
 grep -q libavcodec-extra <<<"$(dpkg-deb --field "$program_deb" Depends)" || fail "the program's package does not ask for the phone encoders"
 grep -q postinst <<<"$(dpkg-deb --info "$service_deb")" || fail "the service's package does not enable its unit"
 echo "install tree and packages: all present"
+
+# Installed and purged for real, where that is ours to do: as root, on a machine
+# that has neither package already.
+if [ "$(id -u)" -ne 0 ] || dpkg-query -W quillotone quillotone-service >/dev/null 2>&1; then
+  echo "apt install and purge: skipped (not root, or the packages are already installed)"
+  exit 0
+fi
+snapshot() {
+  find /usr /etc /lib /var/lib -xdev -path /var/lib/apt -prune -o -print 2>/dev/null | sort
+}
+snapshot >"$scratch/before"
+export DEBIAN_FRONTEND=noninteractive
+apt-get install -y -q "$program_deb" "$service_deb" >"$scratch/apt.log" 2>&1 \
+  || { cat "$scratch/apt.log" >&2; fail "apt could not install the packages"; }
+installed_ok=true
+for f in /usr/bin/quillotone /usr/share/applications/quillotone.desktop \
+         /etc/systemd/system/multi-user.target.wants/quillotone-service.service; do
+  [ -e "$f" ] || { echo "FAIL: apt install left out $f" >&2; installed_ok=false; }
+done
+id quillotone-service >/dev/null 2>&1 || { echo "FAIL: the service has no user of its own" >&2; installed_ok=false; }
+apt-get purge -y -q quillotone quillotone-service >>"$scratch/apt.log" 2>&1 \
+  || { cat "$scratch/apt.log" >&2; fail "apt could not purge the packages"; }
+$installed_ok || fail "the installed packages are incomplete"
+snapshot >"$scratch/after"
+left=$(comm -13 "$scratch/before" "$scratch/after")
+[ -z "$left" ] || fail "purging left behind: $left"
+id quillotone-service >/dev/null 2>&1 && fail "purging left the service's user"
+echo "apt install and purge: clean"
