@@ -25,6 +25,8 @@ packages=(
   cd-paranoia
   # checking the install tree and the packages
   desktop-file-utils file curl dpkg-dev
+  # driving the installed program as a user does
+  xdotool imagemagick
   # the skin's rounded face
   fonts-comfortaa
 )

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # check_install.sh <build-dir>: installs the build into a scratch prefix and
 # checks what a user gets: the files in their places, a valid desktop entry,
-# the installed service answering over TLS, and the two Debian packages with
+# the installed service answering over TLS, the installed program sending a
+# tone through it, and the two Debian packages with
 # the desktop entry, icons and systemd unit in them.
 set -euo pipefail
 build=$1
@@ -25,7 +26,7 @@ for size in 16 22 24 32 48 64 128 256; do
   icon=$prefix/share/icons/hicolor/${size}x${size}/apps/quillotone.png
   [ -s "$icon" ] || fail "no ${size}px icon"
   # The picture is the size its folder says.
-  file "$icon" | grep -q "$size x $size" || fail "the ${size}px icon is $(file -b "$icon")"
+  grep -q "$size x $size" <<<"$(file "$icon")" || fail "the ${size}px icon is $(file -b "$icon")"
 done
 ls "$prefix"/share/quillotone/fonts/Comfortaa-*.ttf >/dev/null || fail "the skin's font is not installed"
 desktop-file-validate "$prefix/share/applications/quillotone.desktop" || fail "the desktop entry is not valid"
@@ -47,6 +48,9 @@ base=$(grep -o 'https://[^ ]*' "$scratch/service.log" | head -n 1)
 reply=$(curl -sS --cacert "$data/service.crt" "${base}Login.asp?MobileNumber=0412345678&Password=tonedemo&Origin=0")
 [ "${reply%%,*}" = 1 ] || fail "login through the installed service answered: $reply"
 
+# The installed program sends a tone through it, driven as a user drives it.
+bash "$(dirname "$0")/send_from_installed.sh" "$prefix" "$base" "$data" || fail "the installed program sent no tone"
+
 # The packages, from the same rules.
 (cd "$build" && cpack -G DEB -D CPACK_DEBIAN_COMPRESSION_TYPE=gzip -B "$scratch/packages" >/dev/null) \
   || fail "cpack could not make the packages"
@@ -62,6 +66,35 @@ for f in ./usr/bin/quillotone-service ./usr/lib/systemd/system/quillotone-servic
          ./etc/quillotone-service/quillotone-service.conf; do
   grep -q " $f\$" <<<"$service_files" || fail "quillotone-service package lacks $f"
 done
-dpkg-deb --field "$program_deb" Depends | grep -q libavcodec-extra || fail "the program's package does not ask for the phone encoders"
-dpkg-deb --info "$service_deb" | grep -q postinst || fail "the service's package does not enable its unit"
+# Read whole first: grep -q stops early, and a writer cut off fails the pipe.
+grep -q libavcodec-extra <<<"$(dpkg-deb --field "$program_deb" Depends)" || fail "the program's package does not ask for the phone encoders"
+grep -q postinst <<<"$(dpkg-deb --info "$service_deb")" || fail "the service's package does not enable its unit"
 echo "install tree and packages: all present"
+
+# Installed and purged for real, where that is ours to do: as root, on a machine
+# that has neither package already.
+if [ "$(id -u)" -ne 0 ] || dpkg-query -W quillotone quillotone-service >/dev/null 2>&1; then
+  echo "apt install and purge: skipped (not root, or the packages are already installed)"
+  exit 0
+fi
+snapshot() {
+  find /usr /etc /lib /var/lib -xdev -path /var/lib/apt -prune -o -print 2>/dev/null | sort
+}
+snapshot >"$scratch/before"
+export DEBIAN_FRONTEND=noninteractive
+apt-get install -y -q "$program_deb" "$service_deb" >"$scratch/apt.log" 2>&1 \
+  || { cat "$scratch/apt.log" >&2; fail "apt could not install the packages"; }
+installed_ok=true
+for f in /usr/bin/quillotone /usr/share/applications/quillotone.desktop \
+         /etc/systemd/system/multi-user.target.wants/quillotone-service.service; do
+  [ -e "$f" ] || { echo "FAIL: apt install left out $f" >&2; installed_ok=false; }
+done
+id quillotone-service >/dev/null 2>&1 || { echo "FAIL: the service has no user of its own" >&2; installed_ok=false; }
+apt-get purge -y -q quillotone quillotone-service >>"$scratch/apt.log" 2>&1 \
+  || { cat "$scratch/apt.log" >&2; fail "apt could not purge the packages"; }
+$installed_ok || fail "the installed packages are incomplete"
+snapshot >"$scratch/after"
+left=$(comm -13 "$scratch/before" "$scratch/after")
+[ -z "$left" ] || fail "purging left behind: $left"
+id quillotone-service >/dev/null 2>&1 && fail "purging left the service's user"
+echo "apt install and purge: clean"
