@@ -3,6 +3,8 @@
 // over keep-alive TLS connections. Logins a second and uploads a second of a
 // 150 KB tone, each with its p99 latency, the service's peak memory, and the
 // uploads the service acknowledged but did not store (which must be 0).
+// Under attack: logins a second while 500 slow clients hold connections, and
+// the service's peak memory through 100 hostile requests of each kind.
 #include "Bench.h"
 #include "support/ServiceFixture.h"
 
@@ -71,6 +73,42 @@ const LoadFigures& Figures()
     return figures;
 }
 
+// Logins a second from 127.0.0.1 while 500 slow clients from other
+// addresses hold connections open.
+double LoginsWithSlowClients()
+{
+    ServiceFixture service;
+    if (!service.running())
+        return -1;
+    QProcess slow;
+    slow.start(BuiltProgram(QStringLiteral("quillotone-service-load")),
+               {service.baseUrl(), service.certificateFile(), QStringLiteral("slow"), QString(), QString(),
+                QStringLiteral("500"), QString::number(kSeconds.toDouble() + 4)});
+    while (!slow.canReadLine() && slow.waitForReadyRead(30000)) {
+    }
+    const double rate =
+        Value(RunLoad(service.baseUrl(), service.certificateFile(), QStringLiteral("login")), QStringLiteral("rate"));
+    slow.waitForFinished(60000);
+    return rate;
+}
+
+// The service's peak memory through the hostile requests, in megabytes.
+double HostilePeakMegabytes()
+{
+    ServiceFixture service;
+    if (!service.running())
+        return -1;
+    QProcess load;
+    load.start(BuiltProgram(QStringLiteral("quillotone-service-load")),
+               {service.baseUrl(), service.certificateFile(), QStringLiteral("hostile"), QString(), QString(),
+                QString::number(kConnections), kSeconds});
+    load.waitForFinished(600000);
+    // Every one must have been refused as it should.
+    if (Value(QString::fromLatin1(load.readAllStandardOutput()), QStringLiteral("failed")) != 0)
+        return -1;
+    return PeakMegabytes(service.pid());
+}
+
 const bool logins = RegisterBench(QStringLiteral("Service_Logins"),
                                   [] { return BenchFigure{Figures().loginsPerSecond, QStringLiteral("logins/s")}; });
 const bool loginP99 = RegisterBench(QStringLiteral("Service_LoginP99"),
@@ -83,4 +121,9 @@ const bool peak = RegisterBench(QStringLiteral("Service_PeakMemory"),
                                 [] { return BenchFigure{Figures().peakMegabytes, QStringLiteral("MB")}; });
 const bool lost = RegisterBench(QStringLiteral("Service_UploadsLost"),
                                 [] { return BenchFigure{Figures().lostUploads, QStringLiteral("uploads")}; });
+
+const bool slowLogins = RegisterBench(QStringLiteral("Service_LoginsWith500SlowClients"),
+                                      [] { return BenchFigure{LoginsWithSlowClients(), QStringLiteral("logins/s")}; });
+const bool hostilePeak = RegisterBench(QStringLiteral("Service_HostilePeakMemory"),
+                                       [] { return BenchFigure{HostilePeakMegabytes(), QStringLiteral("MB")}; });
 }  // namespace

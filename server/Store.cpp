@@ -508,6 +508,16 @@ int64_t Store::ToneCount()
     return q.Next() ? q.Int(0) : 0;
 }
 
+std::vector<std::string> Store::TonePaths()
+{
+    std::lock_guard lock(mMutex);
+    Query q = Prepare("SELECT path FROM tones");
+    std::vector<std::string> paths;
+    while (q.Next())
+        paths.push_back(q.Text(0));
+    return paths;
+}
+
 void Store::AddOutbox(const std::string& mobile, const std::string& text)
 {
     std::lock_guard lock(mMutex);

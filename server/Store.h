@@ -104,6 +104,8 @@ public:
     std::optional<Tone> ToneByToken(const std::string& token);
     std::optional<Tone> ToneById(int64_t customerId, int64_t toneId);
     int64_t ToneCount();
+    // Where every recorded tone is stored.
+    std::vector<std::string> TonePaths();
 
     void AddOutbox(const std::string& mobile, const std::string& text);
     std::vector<OutboxMessage> Outbox(int limit);

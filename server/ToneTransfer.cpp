@@ -128,7 +128,7 @@ public:
             }
         }
         if (mRefusal)
-            return "0," + std::to_string(mRefusal->code) + "," + text::Field(mRefusal->text);
+            return ToneTransfer::RefusalReply(mRefusal->code, mRefusal->text);
         return "1," + std::to_string(mKept->id) + "," + ToneLink(mBase, mKept->token);
     }
 
@@ -300,6 +300,11 @@ ToneTransfer::ToneTransfer(Store& store, Accounts& accounts, const std::string& 
     : mStore(store), mAccounts(accounts), mToneFolder(toneFolder), mBase(base)
 {
     std::filesystem::create_directories(mToneFolder);
+}
+
+std::string ToneTransfer::RefusalReply(int code, const std::string& text)
+{
+    return "0," + std::to_string(code) + "," + text::Field(text);
 }
 
 void ToneTransfer::Register(httplib::Server& server)

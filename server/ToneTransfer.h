@@ -12,6 +12,7 @@
 #include "PageKit.h"
 
 #include <cstddef>
+#include <string>
 
 class Accounts;
 class Store;
@@ -28,6 +29,8 @@ public:
     static constexpr size_t kMaxBody = 2 * kMaxToneBytes + 128 * 1024;
 
     ToneTransfer(Store& store, Accounts& accounts, const std::string& toneFolder, const std::string& base);
+    // A refusal as the upload words it, one of the codes above.
+    static std::string RefusalReply(int code, const std::string& text);
     void Register(httplib::Server& server);
 
 private:

@@ -1,10 +1,10 @@
-// quillotone-service [--listen ADDR:PORT] [--data DIR] [--demo-account NUMBER:PASSWORD]
-//                    [--client-timeout SECONDS] [--operator-key-file FILE]
-// The Quillotone web service over HTTPS. It prints one line,
-// "Quillotone service listening on https://ADDR:PORT/", once it takes requests;
-// PORT 0 picks a free port. The first line of the operator key file is the key
-// of the all-numbers outbox view, which is off without one. SIGINT or SIGTERM stops it cleanly.
+// quillotone-service: the Quillotone web service over HTTPS (--help lists the
+// options). It prints one line, "Quillotone service listening on
+// https://ADDR:PORT/", once it takes requests; PORT 0 picks a free port.
+// SIGINT or SIGTERM stops it cleanly.
 #include "Certificate.h"
+#include "DataFolder.h"
+#include "Listener.h"
 #include "Pages.h"
 #include "Store.h"
 
@@ -12,12 +12,11 @@
 #include <QGuiApplication>
 #include <QStandardPaths>
 #include <QStringList>
-#include <httplib.h>
 #include <csignal>
 #include <cstdio>
-#include <filesystem>
 #include <malloc.h>
 #include <pthread.h>
+#include <sys/resource.h>
 #include <thread>
 
 namespace {
@@ -27,17 +26,37 @@ struct Options {
     std::string data;
     std::string demoMobile, demoPassword;
     int clientTimeout = 5;
+    int perAddress = 64;
     std::string operatorKey;
 };
 
+const char* const kUsage =
+    "usage: quillotone-service [OPTION VALUE]...\n"
+    "The Quillotone web service over HTTPS.\n"
+    "  --listen ADDR:PORT            where to take requests (127.0.0.1:8443; port 0 picks a free one)\n"
+    "  --data DIR                    database, tones, key and certificate\n"
+    "                                (~/.local/share/quillotone-service)\n"
+    "  --demo-account NUMBER:PASSWORD  makes or resets an active account to try the program with\n"
+    "  --client-timeout SECONDS      time a client has for its handshake and each request's head,\n"
+    "                                idle time between requests, and time a reply may stall (5)\n"
+    "  --per-address N               connections one address may hold at once (64)\n"
+    "  --operator-key-file FILE      its first line (12 characters or more) is the key of the\n"
+    "                                operator's view of every number's messages, off without one\n"
+    "  --help                        prints this and stops\n";
+
 [[noreturn]] void Usage(const char* problem)
 {
-    std::fprintf(stderr,
-                 "quillotone-service: %s\n"
-                 "usage: quillotone-service [--listen ADDR:PORT] [--data DIR] [--demo-account NUMBER:PASSWORD]"
-                 " [--client-timeout SECONDS] [--operator-key-file FILE]\n",
-                 problem);
+    std::fprintf(stderr, "quillotone-service: %s\n%s", problem, kUsage);
     std::exit(2);
+}
+
+int WholeNumber(const QString& value, const char* problem)
+{
+    bool ok = false;
+    const int n = value.toInt(&ok);
+    if (!ok || n < 1)
+        Usage(problem);
+    return n;
 }
 
 Options ReadOptions(const QStringList& args)
@@ -48,6 +67,10 @@ Options ReadOptions(const QStringList& args)
                  .toStdString();
     for (qsizetype i = 1; i < args.size(); ++i) {
         const QString& name = args[i];
+        if (name == QLatin1String("--help")) {
+            std::fputs(kUsage, stdout);
+            std::exit(0);
+        }
         if (i + 1 >= args.size())
             Usage("an option lacks its value");
         const QString value = args[++i];
@@ -67,10 +90,9 @@ Options ReadOptions(const QStringList& args)
             o.demoMobile = value.left(colon).toStdString();
             o.demoPassword = value.mid(colon + 1).toStdString();
         } else if (name == QLatin1String("--client-timeout")) {
-            bool ok = false;
-            o.clientTimeout = value.toInt(&ok);
-            if (!ok || o.clientTimeout < 1)
-                Usage("--client-timeout wants whole seconds");
+            o.clientTimeout = WholeNumber(value, "--client-timeout wants whole seconds");
+        } else if (name == QLatin1String("--per-address")) {
+            o.perAddress = WholeNumber(value, "--per-address wants a whole number");
         } else if (name == QLatin1String("--operator-key-file")) {
             QFile file(value);
             if (!file.open(QIODevice::ReadOnly))
@@ -106,33 +128,39 @@ int main(int argc, char** argv)
     pthread_sigmask(SIG_BLOCK, &stopSignals, nullptr);
     std::signal(SIGPIPE, SIG_IGN);
 
+    // Room for thousands of connections.
+    rlimit files{};
+    if (getrlimit(RLIMIT_NOFILE, &files) == 0) {
+        files.rlim_cur = files.rlim_max;
+        setrlimit(RLIMIT_NOFILE, &files);
+    }
+
     try {
-        std::filesystem::create_directories(options.data);
-        const CertificateFiles tls = EnsureCertificate(options.data);
+        MakeDataFolderPrivate(options.data);
+        TlsIdentity tls(options.data);
         Store store(options.data + "/service.db");
+        TidyTones(options.data + "/tones", store);
         Pages pages(store, options.data);
         if (!options.demoMobile.empty())
             pages.EnsureDemoAccount(options.demoMobile, options.demoPassword);
-
-        httplib::SSLServer server(tls.certificate.c_str(), tls.key.c_str());
-        if (!server.is_valid())
-            throw std::runtime_error("the TLS certificate in " + options.data + " cannot be used");
         pages.SetOperatorKey(options.operatorKey);
-        pages.Register(server);
-        server.new_task_queue = [] { return new httplib::ThreadPool(32); };
-        server.set_read_timeout(options.clientTimeout);
-        server.set_write_timeout(options.clientTimeout);
-        server.set_keep_alive_timeout(options.clientTimeout);
-        server.set_keep_alive_max_count(10000);
-        server.set_tcp_nodelay(true);
 
-        int port = options.port;
-        if (port == 0)
-            port = server.bind_to_any_port(options.host);
-        else if (!server.bind_to_port(options.host, port))
-            port = -1;
-        if (port <= 0)
-            throw std::runtime_error("cannot listen on " + options.host + ":" + std::to_string(options.port));
+        Router router;
+        pages.Register(router);
+        // What the replies' Keep-Alive header tells clients.
+        router.set_keep_alive_timeout(options.clientTimeout);
+        router.set_keep_alive_max_count(100000);
+        ListenerLimits limits;
+        limits.clientSeconds = options.clientTimeout;
+        limits.perAddress = static_cast<size_t>(options.perAddress);
+        limits.connections = std::min<size_t>(limits.connections, files.rlim_cur > 100 ? files.rlim_cur - 64 : 32);
+        Listener listener(router, limits);
+        // The program reads an upload's refusal from its fields; anything
+        // shorter it would count as delivered.
+        listener.LimitPage("/SendT2.asp", ToneTransfer::kMaxBody, [](const Refusal& refusal) {
+            return Refusal{200, ToneTransfer::RefusalReply(refusal.status == 413 ? 5 : 4, refusal.text)};
+        });
+        const int port = listener.Bind(options.host, options.port);
         const bool v6 = options.host.find(':') != std::string::npos;
         const std::string base =
             "https://" + (v6 ? "[" + options.host + "]" : options.host) + ":" + std::to_string(port) + "/";
@@ -141,17 +169,21 @@ int main(int argc, char** argv)
         std::thread stopper([&] {
             int signal = 0;
             sigwait(&stopSignals, &signal);
-            server.stop();
+            listener.Stop();
         });
         std::printf("Quillotone service listening on %s\n", base.c_str());
         std::fflush(stdout);
-        const bool clean = server.listen_after_bind();
-        // Wake the stopper if the server ended on its own.
-        if (stopper.joinable()) {
-            pthread_kill(stopper.native_handle(), SIGTERM);
-            stopper.join();
+        int status = 0;
+        try {
+            listener.Run([&] { return tls.Context(); });
+        } catch (const std::exception& e) {
+            std::fprintf(stderr, "quillotone-service: %s\n", e.what());
+            status = 1;
         }
-        return clean ? 0 : 1;
+        // Wake the stopper if the listener ended on its own.
+        pthread_kill(stopper.native_handle(), SIGTERM);
+        stopper.join();
+        return status;
     } catch (const std::exception& e) {
         std::fprintf(stderr, "quillotone-service: %s\n", e.what());
         return 1;

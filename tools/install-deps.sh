@@ -17,6 +17,8 @@ packages=(
   libcdio-dev libcdio-paranoia-dev libcddb2-dev
   # cipher, hash and the bundled web service
   libssl-dev libsqlite3-dev libcpp-httplib-dev
+  # a near-expired certificate for the service's renewal test
+  openssl
   # the sound server the program plays and records through
   pulseaudio pulseaudio-utils
   # making and checking test audio, headless X for screenshots, fonts

@@ -1,8 +1,10 @@
 // quillotone-service-load: drives a running service from several keep-alive
 // TLS connections for a while and prints what it saw, one line:
 //   requests=N failed=F seconds=S rate=R p50_ms=X p99_ms=Y
-// usage: quillotone-service-load URL CA_FILE login|upload MOBILE PASSWORD CONNECTIONS SECONDS
-// An upload sends a 150 KB tone the way the program does.
+// usage: quillotone-service-load URL CA_FILE login|upload|slow|hostile MOBILE PASSWORD CONNECTIONS SECONDS
+// An upload sends a 150 KB tone the way the program does; slow and hostile
+// are the misbehaving clients of Attacks.h.
+#include "Attacks.h"
 #include "wire/ToneUpload.h"
 
 #include <httplib.h>
@@ -48,7 +50,8 @@ std::string UploadBody(const std::string& mobile, const std::string& password, c
 int main(int argc, char** argv)
 {
     if (argc != 8) {
-        std::fprintf(stderr, "usage: %s URL CA_FILE login|upload MOBILE PASSWORD CONNECTIONS SECONDS\n", argv[0]);
+        std::fprintf(stderr, "usage: %s URL CA_FILE login|upload|slow|hostile MOBILE PASSWORD CONNECTIONS SECONDS\n",
+                     argv[0]);
         return 2;
     }
     const std::string url = argv[1], ca = argv[2], kind = argv[3], mobile = argv[4], password = argv[5];
@@ -65,6 +68,11 @@ int main(int argc, char** argv)
     const auto colon = url.find(':', hostStart);
     const std::string host = url.substr(hostStart, colon - hostStart);
     const int port = std::stoi(url.substr(colon + 1));
+
+    if (kind == "slow")
+        return HoldSlowConnections(host, port, connections, seconds);
+    if (kind == "hostile")
+        return SendHostileRequests(host, port, connections);
 
     std::atomic<long> failed{0};
     std::mutex merge;

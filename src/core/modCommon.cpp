@@ -13,6 +13,7 @@
 #include <QBitmap>
 #include <QCursor>
 #include <QDir>
+#include <QEvent>
 #include <QFile>
 #include <QImage>
 #include <QLineEdit>
@@ -295,6 +296,29 @@ void SelectAllText(QLineEdit* textbox)
         textbox->selectAll();
 }
 
+namespace {
+class SelectOnFocus : public QObject {
+public:
+    using QObject::QObject;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        // After the click that gave the focus, which would undo the selection.
+        if (event->type() == QEvent::FocusIn) {
+            auto* box = static_cast<QLineEdit*>(watched);
+            QTimer::singleShot(0, box, [box] { SelectAllText(box); });
+        }
+        return false;
+    }
+};
+}  // namespace
+
+void SelectAllOnFocus(QLineEdit* textbox)
+{
+    textbox->installEventFilter(new SelectOnFocus(textbox));
+}
+
 QString FileToHexString(const QString& path)
 {
     static const char digits[] = "0123456789ABCDEF";
@@ -340,4 +364,42 @@ QString CreateUniqueName()
 bool IsEvenNumber(int32_t n)
 {
     return n % 2 <= 0;
+}
+
+bool IsNumeric(const QString& text)
+{
+    bool ok = false;
+    text.trimmed().toDouble(&ok);
+    return ok;
+}
+
+namespace {
+double WholeNumber(const QString& text, double least, double greatest)
+{
+    bool ok = false;
+    const double value = text.trimmed().toDouble(&ok);
+    if (!ok)
+        throw CError(ErrNo::TypeMismatch, QStringLiteral("Type mismatch"));
+    const double rounded = std::nearbyint(value);
+    if (rounded < least || rounded > greatest)
+        throw CError(ErrNo::Overflow, QStringLiteral("Overflow"));
+    return rounded;
+}
+}  // namespace
+
+int16_t TextToInt16(const QString& text)
+{
+    return static_cast<int16_t>(WholeNumber(text, INT16_MIN, INT16_MAX));
+}
+
+int32_t TextToInt32(const QString& text)
+{
+    return static_cast<int32_t>(WholeNumber(text, INT32_MIN, INT32_MAX));
+}
+
+const QString& Field(const QStringList& fields, qsizetype index)
+{
+    if (index < 0 || index >= fields.size())
+        throw CError(ErrNo::SubscriptOutOfRange, QStringLiteral("Subscript out of range"));
+    return fields[index];
 }

@@ -6,6 +6,7 @@
 #include <QColor>
 #include <QDateTime>
 #include <QString>
+#include <QStringList>
 #include <QUuid>
 #include <cstdint>
 
@@ -51,8 +52,20 @@ inline const QColor kColourKeyBlue{0, 0, 255};
 void SetLayeredColourKey(QWidget* window, const QColor& colour, uint8_t alpha, uint8_t flags);
 
 void SelectAllText(QLineEdit* textbox);
+// The box selects all of its text each time it gets the focus.
+void SelectAllOnFocus(QLineEdit* textbox);
 QString FileToHexString(const QString& path);
 QString BuildAccountQuery();
 QString CreateUniqueName();
 QString GuidToBracedString(const QUuid& guid);
 bool IsEvenNumber(int32_t n);
+// Text that reads as a number: digits with an optional sign, point and
+// exponent, blanks around allowed; empty text is not a number.
+bool IsNumeric(const QString& text);
+// Whole numbers from a field of a service reply: rounded to the nearest,
+// halves to even. Text that is no number raises "Type mismatch", one out of
+// range "Overflow".
+int16_t TextToInt16(const QString& text);
+int32_t TextToInt32(const QString& text);
+// A field of a split reply; one past its end raises "Subscript out of range".
+const QString& Field(const QStringList& fields, qsizetype index);

@@ -22,6 +22,7 @@
 #include "platform/AudioEditor2.h"
 #include "platform/NCTAmpBar2.h"
 #include "platform/NCTSliderB2.h"
+#include "service/CFreeQuills.h"
 #include "skin/CClickLabel.h"
 #include "skin/CDialog.h"
 #include "skin/CPictureButton.h"
@@ -314,8 +315,10 @@ void frmMain::Form_Load()
         connect(hotSpot("imgZoom"), &CClickLabel::Click, this, &frmMain::imgZoom_Click);
         connect(hotSpot("lblSettings"), &CClickLabel::DblClick, this, &frmMain::lblSettings_DblClick);
         connect(hotSpot("lblAbout"), &CClickLabel::DblClick, this, &frmMain::lblAbout_DblClick);
-        connect(hotSpot("lblFreeQuills"), &CClickLabel::Click, this,
-                [this] { notThereYet(QStringLiteral("Referring friends for free quills")); });
+        connect(hotSpot("lblFreeQuills"), &CClickLabel::Click, this, [this] {
+            CFreeQuills().Start();
+            show();
+        });
         connect(hotSpot("lblClose"), &CClickLabel::Click, this, &frmMain::CloseWanted);
         // A button acts on release, wherever the mouse went after the press.
         connect(hotSpot("cmdSignOut"), &CClickLabel::MouseUp, this, [this](Qt::MouseButton button) {
@@ -338,11 +341,6 @@ void frmMain::Form_Load()
     } catch (const CError& e) {
         MsgBox(QStringLiteral("Error: ") + e.Description(), QMessageBox::Warning);
     }
-}
-
-void frmMain::notThereYet(const QString& what)
-{
-    CDialog().Display(what + QStringLiteral(" is not available in this version of Quillotone yet."), true, this);
 }
 
 void frmMain::RefreshFreeQuillCount()

@@ -86,7 +86,6 @@ private:
     void buildControls();
     QLabel* label(const char* name) const;
     CClickLabel* hotSpot(const char* name) const;
-    void notThereYet(const QString& what);
     void forgetSound();
 
     ToneView view();

@@ -23,27 +23,6 @@ const QString kInvalidLogin = QStringLiteral("Invalid login. Please try again.")
 const QString kDefaultFormat = QStringLiteral("AMR Narrowband");
 constexpr int kMostFailedAttempts = 5;
 
-// A whole number of 16 bits from text: rounded to the nearest, halves to
-// even; anything else is a type mismatch or an overflow.
-int16_t TextToInt16(const QString& text)
-{
-    bool ok = false;
-    const double value = text.trimmed().toDouble(&ok);
-    if (!ok)
-        throw CError(ErrNo::TypeMismatch, QStringLiteral("Type mismatch"));
-    const double rounded = std::nearbyint(value);
-    if (rounded < -32768 || rounded > 32767)
-        throw CError(ErrNo::Overflow, QStringLiteral("Overflow"));
-    return static_cast<int16_t>(rounded);
-}
-
-const QString& Field(const QStringList& fields, qsizetype index)
-{
-    if (index >= fields.size())
-        throw CError(ErrNo::SubscriptOutOfRange, QStringLiteral("Subscript out of range"));
-    return fields[index];
-}
-
 // "Origin" as the service gets it: a number, else "0".
 QString Origin()
 {

@@ -12,16 +12,6 @@
 
 frmLogin::frmLogin() : CSkinWindow(QStringLiteral("frmLogin")) {}
 
-template <class Handler>
-void frmLogin::Run(Handler&& handler)
-{
-    try {
-        handler();
-    } catch (const ProgramEnded&) {
-        Hide();
-    }
-}
-
 void frmLogin::Form_Load()
 {
     SkinWindowDesc desc;

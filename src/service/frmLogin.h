@@ -38,8 +38,4 @@ protected:
 private:
     void Timer1_Timer();
     void lblURL_Click();
-    // Runs one event of the window; where a test lets the program's end
-    // return, the window goes so that the modal Show returns too.
-    template <class Handler>
-    void Run(Handler&& handler);
 };

@@ -11,6 +11,7 @@
 #include "delivery/CQueueManager.h"
 #include "editing/frmMain.h"
 #include "service/CLoginManager.h"
+#include "service/CSignUpManager.h"
 #include "shell/frmIntro.h"
 #include "shell/frmTitle.h"
 #include "shell/modShutdown.h"
@@ -58,10 +59,26 @@ LoginResult logIn(const QString& DefaultNumber)
     return {manager.LoggedIn(), manager.DoSignup()};
 }
 
-PendingSignUp confirmPendingSignUp()
+// The program's one sign-up road, made on first use. Its first login is the
+// start's own, and a new customer lands on the main window.
+QPointer<CSignUpManager> gSignUpRoad;
+
+CSignUpManager& signUpRoad()
+{
+    if (!gSignUpRoad) {
+        gSignUpRoad = new CSignUpManager([](const QString& number) { return startRoads().login(number).LoggedIn; });
+        QObject::connect(gSignUpRoad, &CSignUpManager::SignedUp, gSignUpRoad, [] {
+            if (QWidget* main = MainWindow())
+                main->show();
+        });
+    }
+    return *gSignUpRoad;
+}
+
+PendingSignUpOutcome confirmPendingSignUp()
 {
     const auto& road = startRoads().confirmPendingSignUp;
-    return road ? road() : PendingSignUp::ValuesFailed;
+    return road ? road() : PendingSignUpOutcome::Unusable;
 }
 
 }  // namespace
@@ -75,7 +92,14 @@ StartRoads DefaultStartRoads()
         search.Show(true);
         search.Unload();
     };
+    roads.showPhoneCheck = [] { signUpRoad().ShowPhoneCheck(); };
+    roads.confirmPendingSignUp = ConfirmPendingSignUp;
     return roads;
+}
+
+void DropSignUpRoad()
+{
+    delete gSignUpRoad;
 }
 
 StartRoads& startRoads()
@@ -147,11 +171,11 @@ void SubMain()
         }
     } else {
         switch (confirmPendingSignUp()) {
-        case PendingSignUp::Confirmed:
+        case PendingSignUpOutcome::Confirmed:
             break;
-        case PendingSignUp::GivenUp:
+        case PendingSignUpOutcome::GivenUp:
             EndProgramNow(0);
-        case PendingSignUp::ValuesFailed:
+        case PendingSignUpOutcome::Unusable:
             return;
         }
     }

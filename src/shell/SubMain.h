@@ -2,6 +2,8 @@
 // The program's spine: Sub Main decides which window the user meets. The
 // shell is the one part of the program that knows every window; everything
 // below it reports up by return value, Tag or signal, which the shell wires.
+#include "service/PendingSignUp.h"
+
 #include <QString>
 #include <functional>
 
@@ -11,25 +13,18 @@ struct LoginResult {
     bool DoSignup = false;
 };
 
-// How the confirmation of a pending sign-up ends.
-enum class PendingSignUp {
-    Confirmed,     // go on to the main window
-    GivenUp,       // the program ends
-    ValuesFailed,  // Sub Main returns with no window open
-};
 
 // The windows that Sub Main and the intro lead to, one road each, so that
 // tests can stand in for them. The login is the real CLoginManager over the
-// main window, the music search frmSearching4Music. The other two have no
-// window in this version yet: they are empty, and each place that takes one
-// says what happens without it.
+// main window, the music search frmSearching4Music, the sign-up and its
+// pending confirmation the real sign-up road.
 struct StartRoads {
     // Logs in with the number shown first; blocks until the login window has gone.
     std::function<LoginResult(const QString& text)> login;
     // The confirmation of a sign-up that waits for its SMS code ("t1nuc" set).
     // Empty: the stored values cannot be checked, as if they failed.
-    std::function<PendingSignUp()> confirmPendingSignUp;
-    // Shows frmCheckPhoneEnabled without blocking. Empty: the intro says sign-up is not there yet.
+    std::function<PendingSignUpOutcome()> confirmPendingSignUp;
+    // Shows frmCheckPhoneEnabled without blocking. Empty: the intro's sign-up does nothing.
     std::function<void()> showPhoneCheck;
     // Shows frmSearching4Music modally; the search writes the library.
     std::function<void()> searchForMusic;
@@ -37,6 +32,9 @@ struct StartRoads {
 
 StartRoads& startRoads();
 StartRoads DefaultStartRoads();
+
+// Drops the sign-up windows (the end of a run, or of a test).
+void DropSignUpRoad();
 
 // Makes frmMain the program's main window (MainWindow()), loaded on first
 // use, with its close, sign-out and minimise wired to the ways of ending.

@@ -6,7 +6,6 @@
 #include "shell/SubMain.h"
 #include "shell/frmTitle.h"
 #include "shell/modShutdown.h"
-#include "skin/CDialog.h"
 #include "skin/CPictureButton.h"
 #include "skin/frmGenericOKDialog.h"
 #include "skin/SkinStyle.h"
@@ -53,12 +52,8 @@ void frmIntro::imgClose_Released()
 void frmIntro::imgOK_Released()
 {
     const auto& showPhoneCheck = startRoads().showPhoneCheck;
-    if (!showPhoneCheck) {
-        CDialog().Display(QStringLiteral("Signing up from Quillotone is not available in this version yet. "
-                                         "Sign in with an account you already have."),
-                          true, this);
+    if (!showPhoneCheck)
         return;
-    }
     showPhoneCheck();
     Hide();
 }
@@ -94,5 +89,6 @@ frmIntro& IntroWindow()
 void DropStartupWindows()
 {
     delete gIntro;
+    DropSignUpRoad();
     DropTitleWindow();
 }

@@ -9,6 +9,7 @@
 //   Tag          the window's answer, readable after Hide()
 // A window is a QDialog, so that any window can be shown modally. Its
 // objectName is the window's name; each control's is the control's name.
+#include "core/seams.h"
 #include "skin/SkinDescription.h"
 
 #include <QDialog>
@@ -46,6 +47,18 @@ protected:
     virtual void Form_Click() {}
     // The window's busy flag, where it has one, stops the drag.
     virtual bool DragAllowed() const { return mDraggable; }
+
+    // Runs one event of the window; where a test lets the program's end
+    // return, the window goes, so that a modal Show returns too.
+    template <class Handler>
+    void Run(Handler&& handler)
+    {
+        try {
+            handler();
+        } catch (const ProgramEnded&) {
+            Hide();
+        }
+    }
 
     // Paints the face and makes the controls of a description.
     void Build(const SkinWindowDesc& desc);

@@ -32,6 +32,11 @@ ls "$prefix"/share/quillotone/fonts/Comfortaa-*.ttf >/dev/null || fail "the skin
 desktop-file-validate "$prefix/share/applications/quillotone.desktop" || fail "the desktop entry is not valid"
 grep -q "^ExecStart=$prefix/bin/quillotone-service " "$prefix/lib/systemd/system/quillotone-service.service" \
   || fail "the unit does not start the installed service"
+# Every option the unit passes is one the installed service says it takes.
+help=$("$prefix/bin/quillotone-service" --help) || fail "quillotone-service --help failed"
+for option in $(grep -o -- ' --[a-z-]*' "$prefix/lib/systemd/system/quillotone-service.service"); do
+  grep -q -- "$option" <<<"$help" || fail "--help does not list $option, which the unit passes"
+done
 
 # The installed service takes a login over TLS, trusted through its own certificate.
 data=$scratch/service

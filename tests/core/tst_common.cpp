@@ -16,7 +16,6 @@
 #include <QFile>
 #include <QFrame>
 #include <QLineEdit>
-#include <QPainter>
 #include <QPushButton>
 #include <QSettings>
 #include <QTest>
@@ -198,22 +197,6 @@ private slots:
         QCoreApplication::processEvents();
     }
 
-    void fileToHexString_data()
-    {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<QString>("hex");
-        QTest::addRow("empty") << QByteArray() << "";
-        QTest::addRow("edges") << QByteArray("\x00\x0f\x10\xff", 4) << "000F10FF";
-        QTest::addRow("text") << QByteArray("AMR") << "414D52";
-    }
-    void fileToHexString()
-    {
-        QFETCH(QByteArray, bytes);
-        const QString path = ground->tempFolder() + "/tone.amr";
-        QVERIFY(WriteFile(path, bytes));
-        QTEST(FileToHexString(path), "hex");
-    }
-
     void fileToHexString_failures_data()
     {
         QTest::addColumn<QString>("name");
@@ -320,27 +303,6 @@ private slots:
         dialog.resize(200, 100);
         CenterOnMainWindow(&dialog);
         QTEST(dialog.pos(), "expected");
-
-        const QSize screen = dialog.screen()->geometry().size();
-        CenterOnScreen(&dialog);
-        QCOMPARE(dialog.pos(), QPoint(screen.width() / 2 - 100, screen.height() / 2 - 50));
-    }
-
-    void colourKeyCutsHoles()
-    {
-        class Face : public QWidget {
-            void paintEvent(QPaintEvent*) override
-            {
-                QPainter p(this);
-                p.fillRect(0, 0, 50, 40, QColor(0, 0, 255));    // a hole
-                p.fillRect(50, 0, 50, 40, QColor(0, 0, 254));   // nearly blue is face
-            }
-        } window;
-        window.resize(100, 40);
-        SetLayeredColourKey(&window, kColourKeyBlue, 100, LWA_COLORKEY);
-        QVERIFY(!window.mask().contains(QPoint(10, 10)));
-        QVERIFY(window.mask().contains(QPoint(60, 10)));
-        QCOMPARE(window.windowOpacity(), 1.0);  // alpha has no effect with the colour key alone
     }
 };
 

@@ -78,13 +78,6 @@ private slots:
         QTEST(f.extension, "ext");
     }
 
-    void fileNames()
-    {
-        QCOMPARE(PreviewFilePath(), ground->tempFolder() + "/preview.mp3");
-        QCOMPARE(ToneFilePath(QDateTime(QDate(2005, 3, 3), QTime(14, 7, 9)), "amr"),
-                 ground->programFolder() + "/servercache/20050303140709.amr");
-    }
-
     void toneDataFields_data()
     {
         QTest::addColumn<int>("bytes");

@@ -226,6 +226,8 @@ private slots:
         QTest::addColumn<QString>("text");  // empty: not checked
         QTest::addRow("nothing loaded") << "empty" << "frmNoToneSelected" << "imgOK" << "";
         QTest::addRow("nothing marked") << "unmarked" << "frmToneNotTrimmed" << "imgOK" << "";
+        // The path of the last good song stays behind a file that failed to open, but none of its sound.
+        QTest::addRow("a file that failed to open") << "noSound" << "frmNoToneSelected" << "imgOK" << "";
         QTest::addRow("song deleted since") << "deleted" << "frmGenericOKDialog" << "Enter"
                                             << "Open a music file or select one from 'My Music'";
         QTest::addRow("QCELP is not made") << "QCELP" << "MsgBox" << "OK" << "Send: File not found 0";
@@ -240,6 +242,7 @@ private slots:
         QFETCH(QString, text);
         const bool formatRow = situation == "QCELP" || situation == "AAC";
         gintFreeQuills = 2;
+        DialogAnswerer answers;
         if (situation == "unmarked") {
             form->LoadSoundFile(song);
         } else if (situation == "big") {
@@ -252,8 +255,12 @@ private slots:
             loadAndMark(2.0, 6.0);
             if (situation == "deleted")
                 QFile::remove(song);
+            if (situation == "noSound") {
+                answers.answer("frmInvalidFileFormat", "imgOK");
+                QVERIFY(WriteFile(ground->root() + "/letter.mp3", QByteArray("Dear John, no song.\n").repeated(50)));
+                form->LoadSoundFile(ground->root() + "/letter.mp3");
+            }
         }
-        DialogAnswerer answers;
         answers.answer(window, control);
         send();
         QVERIFY(answers.allAnswered());

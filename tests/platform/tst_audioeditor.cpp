@@ -104,50 +104,56 @@ private slots:
         QCOMPARE(editor.SelectionStart(), 100);
     }
 
+    // Files players take although they are damaged or odd: each opens whole
+    // to its true length, and sound is there to its end.
     void openFile_damagedButAudible_data()
     {
+        QTest::addColumn<QString>("damage");
         QTest::addColumn<QString>("name");
-        QTest::addColumn<double>("keep");  // share of the file's bytes kept
-        QTest::addRow("mp3 cut in half") << "cut.mp3" << 0.5;
-        QTest::addRow("wav cut in half, header still says 4 s") << "cut.wav" << 0.5;
+        QTest::addColumn<int>("channels");  // of the first part; a second part has the other count
+        QTest::addColumn<int>("secondRate");
+        QTest::addColumn<double>("seconds");
+        QTest::addColumn<int>("slack");
+        QTest::addRow("mp3 cut in half") << "cut" << "cut.mp3" << 2 << 0 << 2.0 << 2 * 1152;
+        QTest::addRow("wav cut in half, header still says 4 s") << "cut" << "cut.wav" << 2 << 0 << 2.0 << 2 * 1152;
+        QTest::addRow("wave header claims 4 GB") << "liar" << "liar.wav" << 2 << 0 << 4.0 << 0;
+        // Two MP3 files one after the other in one file.
+        QTest::addRow("stereo then mono") << "joined" << "both.mp3" << 2 << 44100 << 4.0 << 4 * 1152;
+        QTest::addRow("mono then stereo") << "joined" << "both.mp3" << 1 << 44100 << 4.0 << 4 * 1152;
+        QTest::addRow("stereo then mono at 22 kHz") << "joined" << "both.mp3" << 2 << 22050 << 4.0 << 4 * 1152;
     }
     void openFile_damagedButAudible()
     {
+        QFETCH(QString, damage);
         QFETCH(QString, name);
-        QFETCH(double, keep);
-        const QString path = MakeTone(scratch(name), 4.0, 440, 44100, 2);
-        QFile f(path);
-        QVERIFY(f.open(QIODevice::ReadWrite));
-        QVERIFY(f.resize(static_cast<qint64>(f.size() * keep)));
-        f.close();
+        QFETCH(int, channels);
+        QFETCH(double, seconds);
+        QFETCH(int, slack);
+        const QString path = scratch(name);
+        if (damage == "joined") {
+            QFETCH(int, secondRate);
+            const QByteArray first = ReadFile(MakeTone(scratch("one.mp3"), 2.0, 440, 44100, channels));
+            const QByteArray second = ReadFile(MakeTone(scratch("two.mp3"), 2.0, 660, secondRate, 3 - channels));
+            QVERIFY(!first.isEmpty() && !second.isEmpty());
+            QVERIFY(WriteFile(path, first + second));
+        } else {
+            MakeTone(path, 4.0, 440, 44100, channels);
+            QFile f(path);
+            QVERIFY(f.open(QIODevice::ReadWrite));
+            if (damage == "cut") {
+                QVERIFY(f.resize(f.size() / 2));
+            } else {
+                const QByteArray huge("\xf0\xff\xff\xff", 4);
+                const qint64 data = f.readAll().indexOf("data");
+                QVERIFY(f.seek(4) && f.write(huge) == 4);
+                QVERIFY(data > 0 && f.seek(data + 4) && f.write(huge) == 4);
+            }
+        }
         AudioEditor2 editor;
         QCOMPARE(openError(editor, path), QString());
-        QVERIFY(qAbs(editor.TotalSamples() - 2 * 44100) < 2 * 1152);
-    }
-
-    void openFile_channelsChangePartWay_data()
-    {
-        QTest::addColumn<int>("firstChannels");
-        QTest::addColumn<int>("secondRate");
-        QTest::addRow("stereo then mono") << 2 << 44100;
-        QTest::addRow("mono then stereo") << 1 << 44100;
-        QTest::addRow("stereo then mono at 22 kHz") << 2 << 22050;
-    }
-    void openFile_channelsChangePartWay()
-    {
-        QFETCH(int, firstChannels);
-        QFETCH(int, secondRate);
-        // Two MP3 files one after the other in one file, as players take them.
-        const QByteArray first = ReadFile(MakeTone(scratch("one.mp3"), 2.0, 440, 44100, firstChannels));
-        const QByteArray second = ReadFile(MakeTone(scratch("two.mp3"), 2.0, 660, secondRate, 3 - firstChannels));
-        QVERIFY(!first.isEmpty() && !second.isEmpty());
-        const QString path = scratch("both.mp3");
-        QVERIFY(WriteFile(path, first + second));
-        AudioEditor2 editor;
-        QCOMPARE(openError(editor, path), QString());
-        QVERIFY2(qAbs(editor.TotalSamples() - 4 * 44100) < 4 * 1152, qPrintable(QString::number(editor.TotalSamples())));
-        const PeakSummary::Span late = editor.Peaks().Range(0, 3 * 44100, 3 * 44100 + 4410);
-        QVERIFY(late.high > 2000);
+        QVERIFY2(qAbs(editor.TotalSamples() - seconds * 44100) <= slack, qPrintable(QString::number(editor.TotalSamples())));
+        const qint64 end = qint64(seconds * 44100) - slack;
+        QVERIFY(editor.Peaks().Range(0, end - 4410, end).high > 2000);
     }
 
     void decoder_flippedBytesNeverCrash_data()
@@ -196,22 +202,6 @@ private slots:
             QFile::remove(path);
         }
         QVERIFY(opened > 0);  // most damage leaves a playable file
-    }
-
-    void openFile_waveHeaderClaimsFourGigabytes()
-    {
-        const QString path = MakeTone(scratch("liar.wav"), 2.0, 440, 44100, 2);
-        QFile f(path);
-        QVERIFY(f.open(QIODevice::ReadWrite));
-        const QByteArray huge("\xf0\xff\xff\xff", 4);
-        QVERIFY(f.seek(4) && f.write(huge) == 4);
-        QVERIFY(f.seek(0));
-        const qint64 data = f.readAll().indexOf("data");
-        QVERIFY(data > 0 && f.seek(data + 4) && f.write(huge) == 4);
-        f.close();
-        AudioEditor2 editor;
-        QCOMPARE(openError(editor, path), QString());
-        QCOMPARE(editor.TotalSamples(), 2 * 44100);
     }
 
     void ruler_everyLabelStandsWholeInside_data()
@@ -275,12 +265,6 @@ private slots:
             QCOMPARE(int(span.low), low);
             QCOMPARE(int(span.high), high);
         }
-    }
-
-    void openFile_missingFile()
-    {
-        AudioEditor2 editor;
-        QVERIFY(!openError(editor, scratch("none.mp3")).isEmpty());
     }
 
     void decoder_seekIsSampleAccurate_data()
@@ -361,51 +345,39 @@ private slots:
     void saveToFile_selection_data()
     {
         QTest::addColumn<QString>("source");
+        QTest::addColumn<int>("sourceRate");
         QTest::addColumn<int>("format");
         QTest::addColumn<QString>("codec");
         QTest::addColumn<int>("rate");      // an MP3 cut is mono at 22.05 kHz at most
         QTest::addColumn<int>("channels");
-        QTest::addRow("mp3 from mp3") << "src.mp3" << 2 << "mp3" << 22050 << 1;
-        QTest::addRow("mp3 from wma") << "src.wma" << 2 << "mp3" << 22050 << 1;
-        QTest::addRow("wave from wav") << "src.wav" << 1 << "pcm_s16le" << 44100 << 2;
+        QTest::addRow("mp3 from mp3") << "src.mp3" << 44100 << 2 << "mp3" << 22050 << 1;
+        QTest::addRow("mp3 from wma") << "src.wma" << 44100 << 2 << "mp3" << 22050 << 1;
+        QTest::addRow("mp3 from 96 kHz wav") << "src.wav" << 96000 << 2 << "mp3" << 22050 << 1;
+        QTest::addRow("wave from wav") << "src.wav" << 44100 << 1 << "pcm_s16le" << 44100 << 2;
     }
     void saveToFile_selection()
     {
         QFETCH(QString, source);
+        QFETCH(int, sourceRate);
         QFETCH(int, format);
-        QFETCH(QString, codec);
         QFETCH(int, rate);
-        QFETCH(int, channels);
         AudioEditor2 editor;
-        editor.OpenFile(MakeTone(scratch(source), 8.0, 440, 44100, 2));
-        editor.SetSelectionStart(44100);
-        editor.SetSelectionEnd(44100 * 4 + 22050);  // 3.5 s
+        editor.OpenFile(MakeTone(scratch(source), 8.0, 440, sourceRate, 2));
+        editor.SetSelectionStart(sourceRate);
+        editor.SetSelectionEnd(sourceRate * 4 + sourceRate / 2);  // 3.5 s
         QSignalSpy progress(&editor, &AudioEditor2::OnEditorProgress);
         const QString out = scratch("preview.mp3");
         editor.SaveToFile(out, true, format);
         QCOMPARE(progress.last().at(0).toInt(), 100);
         const ProbedSound probed = Probe(out);
-        QCOMPARE(probed.codec, codec);
+        QTEST(probed.codec, "codec");
         QCOMPARE(probed.sampleRate, rate);
-        QCOMPARE(probed.channels, channels);
+        QTEST(probed.channels, "channels");
         // ffprobe counts whole MP3 frames, the encoder's delay included;
         // a decoder that honours the stored delay gets the cut to the sample.
         QVERIFY2(qAbs(probed.seconds - 3.5) <= 2 * 1152.0 / rate, qPrintable(QString::number(probed.seconds)));
         QVERIFY(qAbs(int(DecodeMono(out, 44100).size()) - 44100 * 7 / 2) <= 1152);
         QVERIFY(!QFile::exists(out + ".part"));
-    }
-
-    void saveToFile_highRateSource()
-    {
-        AudioEditor2 editor;
-        editor.OpenFile(MakeTone(scratch("hi.wav"), 2.0, 440, 96000, 2));
-        editor.SetSelectionStart(0);
-        editor.SetSelectionEnd(96000);
-        editor.SaveToFile(scratch("hi.mp3"), true, 2);
-        const ProbedSound probed = Probe(scratch("hi.mp3"));
-        QCOMPARE(probed.codec, QString("mp3"));
-        QCOMPARE(probed.sampleRate, 22050);
-        QVERIFY(qAbs(int(DecodeMono(scratch("hi.mp3"), 22050).size()) - 22050) <= 1152);
     }
 
     void saveToFile_handlersThatPumpCannotDisturbIt()
@@ -520,28 +492,20 @@ private slots:
         editor.SetSelectionEnd(8000);
         editor.SetPlayPosition(12000);
         const QImage shot = editor.grab().toImage();
-        auto count = [&](const QColor& colour) {
+        auto count = [](const QColor& colour, const QImage& image) {
             int n = 0;
-            for (int y = 0; y < shot.height(); ++y)
-                for (int x = 0; x < shot.width(); ++x)
-                    n += shot.pixelColor(x, y) == colour;
+            for (int y = 0; y < image.height(); ++y)
+                for (int x = 0; x < image.width(); ++x)
+                    n += image.pixelColor(x, y) == colour;
             return n;
         };
         const EditorAppearance& look = editor.Appearance();
-        QVERIFY(count(look.wave) > 500);
-        QVERIFY(count(look.selectedBackground) > 100);
-        QVERIFY(count(look.selectionMarks) >= 2 * 50);
-        QVERIFY(count(look.playCursor) >= 50);
+        QVERIFY(count(look.wave, shot) > 500);
+        QVERIFY(count(look.selectedBackground, shot) > 100);
+        QVERIFY(count(look.selectionMarks, shot) >= 2 * 50);
+        QVERIFY(count(look.playCursor, shot) >= 50);
         editor.SetShowSelection(false);
-        const QImage hidden = editor.grab().toImage();
-        QVERIFY(!hidden.isNull());
-        int pink = 0;
-        for (int y = 0; y < hidden.height(); ++y)
-            for (int x = 0; x < hidden.width(); ++x)
-                pink += hidden.pixelColor(x, y) == look.selectedBackground;
-        QCOMPARE(pink, 0);
-        if (qEnvironmentVariableIsSet("QUILLOTONE_SHOTS"))
-            shot.save(qEnvironmentVariable("QUILLOTONE_SHOTS") + "/editor.png");
+        QCOMPARE(count(look.selectedBackground, editor.grab().toImage()), 0);
     }
 
     // Last: it takes the sound server's devices away for the rest of the run.

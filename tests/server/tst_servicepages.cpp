@@ -8,8 +8,6 @@
 #include <QElapsedTimer>
 #include <QImage>
 #include <QRegularExpression>
-#include <QSignalSpy>
-#include <QSslSocket>
 #include <QTest>
 #include <algorithm>
 #include <memory>
@@ -310,20 +308,6 @@ private slots:
         QCOMPARE(login[2], QString("Robert'); DROP TABLE customers;--"));
         QCOMPARE(Fields(service->get(LoginQuery(ServiceFixture::kDemoMobile, ServiceFixture::kDemoPassword)).body)[0],
                  QString("1"));
-    }
-
-    void stallingClientIsCutOffWhileOthersAreServed()
-    {
-        QSslSocket staller;
-        QSignalSpy gone(&staller, &QAbstractSocket::disconnected);
-        const QUrl url(service->baseUrl());
-        staller.connectToHost(url.host(), static_cast<quint16>(url.port()));
-        QVERIFY(staller.waitForConnected(5000));
-        staller.write("\x16\x03\x01");  // the start of a handshake, never finished
-        staller.flush();
-        QCOMPARE(Fields(service->get(LoginQuery(ServiceFixture::kDemoMobile, ServiceFixture::kDemoPassword)).body)[0],
-                 QString("1"));
-        QVERIFY(gone.wait(10000));
     }
 
     void referrals()

@@ -9,8 +9,16 @@
 #include "editing/frmConfiguration.h"
 #include "editing/frmMain.h"
 #include "editing/frmZoomEdit.h"
+#include "service/CSignUpManager.h"
+#include "service/frmActivationCode.h"
+#include "service/frmCheckPhoneEnabled.h"
+#include "service/frmFreeQuills.h"
 #include "service/frmLogin.h"
+#include "service/frmSMSConfirmation.h"
+#include "service/frmSignup1.h"
+#include "service/frmSignup2.h"
 #include "platform/AudioEditor2.h"
+#include "skin/CClickLabel.h"
 #include "skin/CDialog.h"
 #include "skin/CPictureButton.h"
 #include "skin/frmGenericOKDialog.h"
@@ -20,6 +28,7 @@
 
 #include <QApplication>
 #include <QBitmap>
+#include <QComboBox>
 #include <QDir>
 #include <QLabel>
 #include <QLineEdit>
@@ -181,6 +190,40 @@ int main(int argc, char** argv)
         login.findChild<QLineEdit*>(QStringLiteral("txtMobileNumber"))->setText(QStringLiteral("0412345678"));
         login.findChild<QLineEdit*>(QStringLiteral("txtPassword"))->setText(QStringLiteral("tonedemo"));
         save(&login, QStringLiteral("frmLogin"));
+    }
+    {
+        // The sign-up road and the referral window, with sample entries where the service fills them.
+        CSignUpManager road([](const QString&) { return false; });
+        frmCheckPhoneEnabled& check = road.PhoneCheck();
+        check.Show(false);
+        check.imgYes->setPixmap(check.imgYesClicked->pixmap());
+        save(&check, QStringLiteral("frmCheckPhoneEnabled"));
+        frmSignup2& phone = road.PhoneDetails();
+        phone.Show(false);
+        for (auto [list, entry] : {std::pair{phone.cmbPhoneMake, "Nokia"}, std::pair{phone.cmbPhoneModel, "6230i"},
+                                   std::pair{phone.cmbCountry, "Australia"}, std::pair{phone.cmbNetworkOperator, "Telstra"}}) {
+            const QSignalBlocker quiet(list);
+            list->addItem(QString::fromLatin1(entry));
+        }
+        save(&phone, QStringLiteral("frmSignup2"));
+        road.ShowPersonalDetails();
+        frmSignup1& form = road.PersonalDetails();
+        form.txtFirstName->setText(QStringLiteral("Kim"));
+        form.txtMobileNumber->setText(QStringLiteral("0412345678"));
+        form.imgGalChecked->show();
+        save(&form, QStringLiteral("frmSignup1"));
+        frmActivationCode code;
+        code.Show(false);
+        save(&code, QStringLiteral("frmActivationCode"));
+        frmSMSConfirmation sms;
+        sms.Show(false);
+        sms.lblPhoneNumber->setText(QStringLiteral("0412345678"));
+        save(&sms, QStringLiteral("frmSMSConfirmation"));
+        frmFreeQuills quills;
+        quills.Show(false);
+        quills.txtName[0]->setText(QStringLiteral("Bo"));
+        quills.txtMobile[0]->setText(QStringLiteral("0412000111"));
+        save(&quills, QStringLiteral("frmFreeQuills"));
     }
     {
         CDialog notice;

@@ -154,7 +154,7 @@ private slots:
         int confirmations = 0;
         startRoads().confirmPendingSignUp = [&] {
             ++confirmations;
-            return PendingSignUp::Confirmed;
+            return PendingSignUpOutcome::Confirmed;
         };
         loginAnswer = {false, true};  // the login window chose sign-up: Sub Main returns
 
@@ -181,15 +181,15 @@ private slots:
     {
         QTest::addColumn<int>("outcome");
         QTest::addColumn<bool>("ended");
-        QTest::addRow("given up") << int(PendingSignUp::GivenUp) << true;
-        QTest::addRow("values fail") << int(PendingSignUp::ValuesFailed) << false;
+        QTest::addRow("given up") << int(PendingSignUpOutcome::GivenUp) << true;
+        QTest::addRow("values fail") << int(PendingSignUpOutcome::Unusable) << false;
     }
     void subMain_pendingSignUpOutcomes()
     {
         QFETCH(int, outcome);
         QFETCH(bool, ended);
         SaveAppSetting("t1nuc", "99", kSettings);
-        startRoads().confirmPendingSignUp = [outcome] { return PendingSignUp(outcome); };
+        startRoads().confirmPendingSignUp = [outcome] { return PendingSignUpOutcome(outcome); };
         QCOMPARE(ends([] { SubMain(); }), ended);
         QCOMPARE(mainLoads, 0);
         QVERIFY(loginCalls.isEmpty());
