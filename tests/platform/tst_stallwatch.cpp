@@ -14,14 +14,15 @@ private slots:
         QTest::addColumn<qint64>("start");
         QTest::addColumn<QString>("ticks");
         QTest::addColumn<int>("firstStall");  // 1-based tick; 0: never
-        QTest::addRow("an output that never starts") << 100 << qint64(-1) << "0x25" << 21;
-        QTest::addRow("an input silent from its start") << 100 << qint64(0) << "0x25" << 20;
+        QTest::addRow("an output that never starts") << 100 << qint64(-1) << "0x60" << 51;
+        QTest::addRow("an input silent from its start") << 100 << qint64(0) << "0x60" << 50;
+        QTest::addRow("an input whose first data comes late") << 100 << qint64(0) << "0x45 +60" << 0;
         QTest::addRow("moving on never stalls") << 100 << qint64(-1) << "+60" << 0;
         QTest::addRow("a move starts the count over") << 100 << qint64(-1) << "0x20 +1 5x19" << 0;
         QTest::addRow("after a move two seconds more") << 100 << qint64(-1) << "0x20 +1 5x21" << 42;
         QTest::addRow("nothing due is no stall") << 100 << qint64(-1) << "-40" << 0;
-        QTest::addRow("being due again counts from nothing") << 100 << qint64(0) << "-40 0x20" << 60;
-        QTest::addRow("short ticks take more of them") << 40 << qint64(-1) << "0x60" << 51;
+        QTest::addRow("being due again counts from nothing") << 100 << qint64(0) << "-40 0x50" << 90;
+        QTest::addRow("short ticks take more of them") << 40 << qint64(-1) << "+2 0x60" << 53;
     }
     void stalled()
     {
