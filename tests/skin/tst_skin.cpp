@@ -1,5 +1,4 @@
 #include "core/MainWindow.h"
-#include "core/globals.h"
 #include "core/modCommon.h"
 #include "core/seams.h"
 #include "skin/CDialog.h"
@@ -14,7 +13,6 @@
 
 #include <QApplication>
 #include <QBitmap>
-#include <QCursor>
 #include <QLabel>
 #include <QPushButton>
 #include <QScreen>
@@ -144,7 +142,6 @@ private slots:
         QVERIFY(!MessageWindow("frmNoSuchWindow"));
         QVERIFY_THROWS_EXCEPTION(std::invalid_argument, ShowMessageWindow("frmNoSuchWindow"));
 
-        gstrChargeText = "50p a tone";
         for (const QString& name : MessageWindowNames()) {
             auto dlg = MessageWindow(name);
             dlg->Load();
@@ -157,9 +154,6 @@ private slots:
                 QVERIFY(!over->pixmap().isNull() && !clicked->pixmap().isNull());
             }
         }
-        auto charged = MessageWindow("frmCharged");
-        charged->Load();
-        QCOMPARE(charged->Label("lblCharge")->text(), QString("50p a tone"));
         auto tooBig = MessageWindow("frmToneTooBig");
         tooBig->Load();
         // Its hidden aid: a click on the label shows the size the caller put in its Tag.
@@ -360,38 +354,6 @@ private slots:
         dlg.HideForm();
         QVERIFY(!dlg.Window());
         dlg.HideForm();
-    }
-
-    void cdialog_hoverFollowsTheCursorStrictlyInside_data()
-    {
-        QTest::addColumn<QPoint>("offset");  // from picOK's top left
-        QTest::addColumn<bool>("over");
-        QTest::addRow("inside") << QPoint(10, 10) << true;
-        QTest::addRow("on the left edge") << QPoint(0, 10) << false;
-        QTest::addRow("on the top edge") << QPoint(10, 0) << false;
-        QTest::addRow("on the right edge") << QPoint(120, 10) << false;
-        QTest::addRow("just inside the right edge") << QPoint(119, 10) << true;
-        QTest::addRow("far away") << QPoint(-100, -100) << false;
-    }
-    void cdialog_hoverFollowsTheCursorStrictlyInside()
-    {
-        QFETCH(QPoint, offset);
-        frmGenericOKDialog w;
-        w.Load();
-        w.move(200, 200);
-        w.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&w));
-        QLabel* picOK = w.Label("picOK");
-        QLabel* picOKOver = w.Label("picOKOver");
-        QCOMPARE(picOKOver->geometry(), picOK->geometry());
-        QCOMPARE(w.Label("picHover")->geometry(), picOK->geometry());
-
-        QCursor::setPos(w.mapToGlobal(picOK->geometry().center()));
-        w.Timer1_Timer();
-        QVERIFY(picOKOver->isVisible());
-        QCursor::setPos(w.mapToGlobal(picOK->geometry().topLeft() + offset));
-        w.Timer1_Timer();
-        QTEST(picOKOver->isVisible(), "over");
     }
 };
 
