@@ -20,11 +20,9 @@ private slots:
     void roundTrip_data()
     {
         QTest::addColumn<QString>("plain");
-        QTest::addRow("one char") << "a";
         QTest::addRow("15 chars") << "abcdefghijklmno";
         QTest::addRow("one block") << "abcdefghijklmnop";
         QTest::addRow("17 chars") << "abcdefghijklmnopq";
-        QTest::addRow("digits") << "4821";
         QTest::addRow("code page letters") << QString::fromUtf8("pässwörd €5");
         QTest::addRow("long") << QString(1000, 'z');
         QTest::addRow("empty") << "";
@@ -160,7 +158,6 @@ private slots:
         InitMachineKey();
         QVERIFY(QRegularExpression("^[0-9A-F]{12}$").match(GetMACAddress()).hasMatch());
         QCOMPARE(gstrMachineKey, Hash(GetMACAddress()));
-        QCOMPARE(gstrMachineKey.size(), 64);
         QCOMPARE(GetAppSetting("DefaultProc", kSettings), gstrMachineKey);
         // A value stored under the old key stays closed to the new one.
         DialogAnswerer answers;

@@ -17,7 +17,6 @@
 #include "support/TestGround.h"
 
 #include <QCheckBox>
-#include <QClipboard>
 #include <QComboBox>
 #include <QFile>
 #include <QFileDialog>
@@ -480,27 +479,6 @@ private slots:
         QVERIFY2(answers.finishedCleanly(), qPrintable(answers.problems()));
         if (!answer.isEmpty())
             QCOMPARE(sizeShown, QString::number(bytes));
-    }
-
-    void lastUrlAid_data()
-    {
-        QTest::addColumn<QString>("answer");
-        QTest::addColumn<bool>("opened");
-        QTest::addRow("yes") << "Yes" << true;
-        QTest::addRow("no") << "No" << false;
-    }
-    void lastUrlAid()
-    {
-        QFETCH(QString, answer);
-        QFETCH(bool, opened);
-        auto* last = form->findChild<CClickLabel*>("lblLastURL");
-        SetControlTag(last, "1,OK,https://127.0.0.1:8443/t/7.amr");
-        DialogAnswerer answers;
-        answers.answer("MsgBox", answer);
-        emit last->DblClick();
-        QCOMPARE(answers.seen.first().text, QString("Execute 1,OK,https://127.0.0.1:8443/t/7.amr?"));
-        QCOMPARE(QApplication::clipboard()->text(), ControlTag(last));
-        QCOMPARE(ground->openedUrls.size(), opened ? 1 : 0);
     }
 
     // My Music hands a song to the editor through its Tag.

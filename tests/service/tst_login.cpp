@@ -13,12 +13,8 @@
 #include "support/ServiceFixture.h"
 #include "support/TestGround.h"
 
-#include <QFile>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPushButton>
-#include <QSignalSpy>
-#include <QTimer>
 #include <QTest>
 #include <memory>
 
@@ -296,39 +292,6 @@ private slots:
         manager.Login("0400000000");
         QCOMPARE(typed, QString("0412345678"));
         QVERIFY(manager.LoggedIn());
-    }
-
-    void focusStartsInTheFirstEmptyBoxAndTabMovesOn_data()
-    {
-        QTest::addColumn<QString>("remembered");
-        QTest::addColumn<QString>("first");
-        QTest::addRow("no number yet") << "" << "txtMobileNumber";
-        QTest::addRow("number remembered") << "0411000111" << "txtPassword";
-    }
-    void focusStartsInTheFirstEmptyBoxAndTabMovesOn()
-    {
-        QFETCH(QString, remembered);
-        SaveAppSetting("LastPhoneNumber", remembered, kSettings);
-        QStringList focus;
-        DialogAnswerer script;
-        script.answer("frmLogin", [&](QWidget* w) {
-            auto* window = static_cast<frmLogin*>(w);
-            if (window->Timer1->isActive())
-                QSignalSpy(window->Timer1, &QTimer::timeout).wait(2000);
-            for (const Qt::Key key : {Qt::Key_Tab, Qt::Key_Backtab, Qt::Key_unknown}) {
-                QWidget* now = window->focusWidget();
-                focus << (now ? now->objectName() : "nothing");
-                if (now && key != Qt::Key_unknown)
-                    QTest::keyClick(now, key);
-            }
-            QTest::mouseClick(window->imgCancel, Qt::LeftButton);
-        });
-        CLoginManager manager;
-        manager.Login({});
-        QVERIFY(manager.Cancelled());
-        QFETCH(QString, first);
-        const QString other = first == "txtPassword" ? "txtMobileNumber" : "txtPassword";
-        QCOMPARE(focus, QStringList({first, other, first}));
     }
 
     void threeAnnouncementsThreeWindowsFourRequests()

@@ -3,11 +3,9 @@
 #include "core/seams.h"
 #include "skin/CDialog.h"
 #include "skin/CPictureButton.h"
-#include "skin/ControlTag.h"
 #include "skin/frmGenericOKDialog.h"
 #include "skin/frmMessage.h"
 #include "skin/modWindowDrag.h"
-#include "support/DialogAnswerer.h"
 #include "support/QuietOffscreen.h"
 #include "support/TestGround.h"
 
@@ -154,15 +152,6 @@ private slots:
                 QVERIFY(!over->pixmap().isNull() && !clicked->pixmap().isNull());
             }
         }
-        auto tooBig = MessageWindow("frmToneTooBig");
-        tooBig->Load();
-        // Its hidden aid: a click on the label shows the size the caller put in its Tag.
-        SetControlTag(tooBig->Label("lblTooBig"), "200000");
-        DialogAnswerer answers;
-        answers.answer("MsgBox", "OK");
-        QTest::mouseClick(tooBig->Label("lblTooBig"), Qt::LeftButton);
-        QVERIFY2(answers.finishedCleanly(), qPrintable(answers.problems()));
-        QCOMPARE(answers.seen.last().text, QString("200000"));
     }
 
     void catalogue_centring_data()
