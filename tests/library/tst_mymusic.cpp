@@ -1,4 +1,4 @@
-#include "MusicGround.h"
+#include "support/MusicGround.h"
 #include "library/frmMyMusic2.h"
 #include "support/DialogAnswerer.h"
 #include "support/PulseServer.h"

@@ -13,13 +13,12 @@
 #include "skin/CPictureButton.h"
 #include "support/DialogAnswerer.h"
 #include "support/Files.h"
+#include "support/MusicGround.h"
 #include "support/QuietOffscreen.h"
-#include "support/TestGround.h"
 
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDir>
-#include <QDomDocument>
 #include <QFile>
 #include <QLineEdit>
 #include <QProcess>
@@ -77,7 +76,7 @@ int runSubMainInChild(int argc, char** argv)
 
 class tst_Startup : public QObject {
     Q_OBJECT
-    std::unique_ptr<TestGround> ground;
+    std::unique_ptr<MusicGround> ground;
     std::unique_ptr<QWidget> main;  // stands in for frmMain
     int mainLoads = 0;
     QStringList loginCalls;
@@ -108,7 +107,7 @@ private slots:
 
     void init()
     {
-        ground = std::make_unique<TestGround>();
+        ground = std::make_unique<MusicGround>();
         mainLoads = 0;
         loginCalls.clear();
         loginAnswer = {};
@@ -231,11 +230,7 @@ private slots:
         QFETCH(QString, answer);
         QFETCH(QStringList, library);
         InitApplication();
-        // The desktop's music folder, with one song.
-        const QString music = ground->root() + "/Music";
-        QVERIFY(WriteFile(music + "/Album/a.mp3", "x"));
-        QVERIFY(WriteFile(ground->root() + "/config/user-dirs.dirs", "XDG_MUSIC_DIR=\"" + music.toUtf8() + "\"\n"));
-        qputenv("XDG_CONFIG_HOME", (ground->root() + "/config").toUtf8());
+        ground->songs({"Album/a.mp3"});
         if (exists)
             QVERIFY(WriteFile(gstrMyMusicPath, "<Quillotone><Folder Path=\"/kept\"/></Quillotone>"));
         startRoads().searchForMusic = DefaultStartRoads().searchForMusic;
@@ -247,16 +242,10 @@ private slots:
 
         EnsureMusicLibrary();
         QVERIFY2(answerer.finishedCleanly(), qPrintable(answerer.problems()));
-        if (library == QStringList{"empty"}) {
+        if (library == QStringList{"empty"})
             QCOMPARE(readFile(gstrMyMusicPath), kDeclinedEmptyLibrary + "\n");
-        } else {
-            QDomDocument doc;
-            QVERIFY(doc.setContent(ReadFile(gstrMyMusicPath)));
-            QStringList paths;
-            for (QDomElement e = doc.documentElement().firstChildElement(); !e.isNull(); e = e.nextSiblingElement())
-                paths << e.attribute("Path").replace(music + "/", "");
-            QCOMPARE(paths, library);
-        }
+        else
+            QCOMPARE(ground->libraryPaths().replaceInStrings(ground->music() + "/", ""), library);
         // Once written, the question is not asked again.
         DialogAnswerer again;
         EnsureMusicLibrary();
