@@ -10,7 +10,6 @@
 
 #include <QApplication>
 #include <QDir>
-#include <QFileInfo>
 #include <QRegularExpression>
 #include <QSet>
 #include <QFile>
@@ -31,30 +30,6 @@ class tst_Common : public QObject {
 private slots:
     void init() { ground = std::make_unique<TestGround>(); }
     void cleanup() { ground.reset(); }
-
-    void settings_roundTripAndAbsence_data()
-    {
-        QTest::addColumn<QString>("value");
-        QTest::addRow("with commas") << "a, b,c";
-        QTest::addRow("xml record") << R"(<Message ID="7" Type="amr" Name="x=y;z"/>)";
-        QTest::addRow("line breaks") << "one\r\ntwo";
-        QTest::addRow("blank edges") << "  padded  ";
-        QTest::addRow("empty") << "";
-    }
-    void settings_roundTripAndAbsence()
-    {
-        QFETCH(QString, value);
-        QCOMPARE(GetAppSetting("LastPhoneNumber", kSettings), QString());
-        SaveAppSetting("LastPhoneNumber", value, kSettings);
-        QCOMPARE(GetAppSetting("LastPhoneNumber", kSettings), value);
-        // Sections are apart: the same key elsewhere is still absent.
-        QCOMPARE(GetAppSetting("LastPhoneNumber", kToneData), QString());
-        // And it is really on disk, in the per-user INI store.
-        QSettings raw(SettingsFilePath(), QSettings::IniFormat);
-        QCOMPARE(raw.value("Settings/LastPhoneNumber").toString(), value);
-        DeleteAppSetting("LastPhoneNumber", kSettings);
-        QCOMPARE(GetAppSetting("LastPhoneNumber", kSettings), QString());
-    }
 
     void settings_handWrittenValuesReadAsTheyStand_data()
     {

@@ -6,7 +6,6 @@
 #include "core/twips.h"
 
 #include <QApplication>
-#include <QLabel>
 #include <QTest>
 #include <QTreeWidget>
 #include <memory>
@@ -221,12 +220,6 @@ private slots:
         QTest::mouseClick(window->findChild<QWidget*>("cmdNext"), Qt::LeftButton);  // stopped: moves, stays quiet
         QCOMPARE(list()->currentItem(), list()->topLevelItem(2));
         QVERIFY(!window->Playing());
-        // The option pictures show a choice and change no row.
-        const QStringList before = rows(list());
-        QTest::mouseClick(window->findChild<QWidget*>("imgLongTime"), Qt::LeftButton);
-        QVERIFY(window->findChild<QLabel*>("imgLongTimeChecked")->isVisible());
-        QVERIFY(!window->findChild<QLabel*>("imgShortTimeChecked")->isVisible());
-        QCOMPARE(rows(list()), before);
     }
 
     void playing_aSongThatDoesNotOpenSaysSo()
