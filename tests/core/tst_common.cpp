@@ -142,33 +142,6 @@ private slots:
         QCOMPARE(value, before);
     }
 
-    void pumping_data()
-    {
-        QTest::addColumn<QString>("what");
-        QTest::addColumn<int>("size");
-        QTest::addColumn<bool>("pumped");
-        QTest::addRow("encode with underscore") << "encode_" << 0 << true;
-        QTest::addRow("encode without") << "encode" << 0 << false;
-        QTest::addRow("hex of 999 bytes") << "hex" << 999 << false;
-        QTest::addRow("hex of 1000 bytes") << "hex" << 1000 << true;
-    }
-    void pumping()
-    {
-        QFETCH(QString, what);
-        QFETCH(int, size);
-        bool ran = false;
-        QMetaObject::invokeMethod(qApp, [&ran] { ran = true; }, Qt::QueuedConnection);
-        if (what == "hex") {
-            const QString path = ground->tempFolder() + "/f.bin";
-            QVERIFY(WriteFile(path, QByteArray(size, 'x')));
-            QCOMPARE(FileToHexString(path).size(), 2 * size);
-        } else {
-            EncodeForUrl(what);
-        }
-        QTEST(ran, "pumped");
-        QCoreApplication::processEvents();
-    }
-
     void fileToHexString_failures_data()
     {
         QTest::addColumn<QString>("name");
@@ -202,22 +175,6 @@ private slots:
         QCOMPARE(names.size(), 500);
         QCOMPARE(GuidToBracedString(QUuid("{67c8770b-44f1-410a-ab9a-f9b5446f13ee}")),
                  QString("{67C8770B-44F1-410A-AB9A-F9B5446F13EE}"));
-    }
-
-    void isEvenNumber_data()
-    {
-        QTest::addColumn<int>("n");
-        QTest::addColumn<bool>("even");
-        QTest::addRow("0") << 0 << true;
-        QTest::addRow("1") << 1 << false;
-        QTest::addRow("-1 counts as even") << -1 << true;
-        QTest::addRow("max") << std::numeric_limits<int>::max() << false;
-        QTest::addRow("min") << std::numeric_limits<int>::min() << true;
-    }
-    void isEvenNumber()
-    {
-        QFETCH(int, n);
-        QTEST(IsEvenNumber(n), "even");
     }
 
     void accountQueryIsNotEncoded()
