@@ -1,5 +1,4 @@
 #include "core/CError.h"
-#include "core/MainWindow.h"
 #include "core/globals.h"
 #include "core/modCommon.h"
 #include "core/modEncryption.h"
@@ -212,26 +211,6 @@ private slots:
         QVERIFY(running->isActive() && idle->isActive());
         QCOMPARE(MousePointer(), int(vbDefault));
         QVERIFY(!ownedTimer->isActive());
-    }
-
-    void centring_data()
-    {
-        QTest::addColumn<QRect>("main");
-        QTest::addColumn<QPoint>("expected");
-        QTest::addRow("inside") << QRect(100, 100, 400, 300) << QPoint(200, 200);
-        QTest::addRow("odd sizes") << QRect(0, 0, 401, 301) << QPoint(100, 100);
-        QTest::addRow("off screen, no clamp") << QRect(-900, -700, 400, 300) << QPoint(-800, -600);
-    }
-    void centring()
-    {
-        QFETCH(QRect, main);
-        QWidget mainWindow;
-        mainWindow.setGeometry(main);
-        SetMainWindow([&mainWindow] { return &mainWindow; });
-        QWidget dialog;
-        dialog.resize(200, 100);
-        CenterOnMainWindow(&dialog);
-        QTEST(dialog.pos(), "expected");
     }
 };
 

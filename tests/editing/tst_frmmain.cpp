@@ -407,24 +407,6 @@ private slots:
         QCOMPARE(GetAppSetting("MaxToneSize", kSettings), choose.isEmpty() ? shown : choose);
     }
 
-    void statusToolTip_data()
-    {
-        QTest::addColumn<QString>("status");
-        QTest::addColumn<QString>("tip");
-        QTest::addRow("a.mp3") << "a.mp3" << "a";
-        QTest::addRow("a.mpeg stays whole") << "a.mpeg" << "a.mpeg";
-        QTest::addRow("short") << "a.b" << "a.b";
-        QTest::addRow("only an extension") << ".wav" << "";
-        QTest::addRow("words") << "Ready." << "Ready.";
-    }
-    void statusToolTip()
-    {
-        QFETCH(QString, status);
-        form->SetStatusText(status);
-        QCOMPARE(text("lblSoundFile"), status);
-        QTEST(form->findChild<QLabel*>("lblSoundFile")->toolTip(), "tip");
-    }
-
     void volumeHotSpots()
     {
         auto* up = form->findChild<CClickLabel*>("lblVolumeUp");
