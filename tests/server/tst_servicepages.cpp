@@ -77,10 +77,7 @@ private slots:
         QTest::addColumn<int>("group");
         QTest::addColumn<QString>("mustHold");
         QTest::addRow("countries") << "GetCountryList.asp" << 2 << "1,Australia,";
-        QTest::addRow("makers") << "GetTerminalVendorList.asp" << 2 << "1,Nokia,";
         QTest::addRow("models of a maker") << "GetTerminalTypeList.asp?TerminalVendorID=2" << 2 << ",K750i,";
-        QTest::addRow("networks of Australia") << "GetServiceProviderList.asp?CountryID=1" << 5
-                                               << "101,Telstra,04,10,10,";
         QTest::addRow("every network") << "GetServiceProviderList.asp?CountryID=" << 5 << ",Vodafone UK,07,11,11,";
         QTest::addRow("maker with no models") << "GetTerminalTypeList.asp?TerminalVendorID=999" << 2 << "";
     }

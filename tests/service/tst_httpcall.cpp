@@ -92,7 +92,6 @@ private slots:
         QTest::addColumn<QString>("base");  // "stranger": a service of the same make but another identity
         QTest::addColumn<QString>("message");
         QTest::addRow("host that does not exist") << "https://service.quillotone.invalid/" << kUnreachable;
-        QTest::addRow("nothing listens") << ServiceFixture::unreachableUrl() << kUnreachable;
         QTest::addRow("certificate not trusted") << "stranger" << "certificate is not the one this computer trusts";
     }
     void unreachableServer()

@@ -330,7 +330,6 @@ private slots:
         QTest::addColumn<bool>("written");
         QTest::addColumn<QStringList>("opened");
         QTest::addRow("pending, tunnel") << "AB12" << "1" << true << QStringList{"https://helper.example/q"};
-        QTest::addRow("pending, direct") << "AB12" << "" << true << QStringList();
         QTest::addRow("nothing pending") << "" << "1" << false << QStringList();
     }
     void writeQuitBalloon()
