@@ -74,8 +74,7 @@ private slots:
         QTest::addColumn<int>("format");
         QTest::addColumn<bool>("fadedIn");
         QTest::addColumn<bool>("fadedOut");
-        QTest::addRow("5.0 s, both on: too short") << 5.0 << "True" << "True" << 1 << false << false;
-        QTest::addRow("5.01 s, both on") << 5.01 << "True" << "True" << 1 << true << true;
+        QTest::addRow("both on") << 6.0 << "True" << "True" << 1 << true << true;
         QTest::addRow("wideband, in only") << 6.0 << "True" << "False" << 2 << true << false;
         QTest::addRow("out only, lower case") << 6.0 << "false" << "true" << 1 << false << true;
         QTest::addRow("not a truth word") << 6.0 << "yes" << "" << 1 << false << false;

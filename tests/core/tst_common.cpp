@@ -9,8 +9,6 @@
 
 #include <QApplication>
 #include <QDir>
-#include <QRegularExpression>
-#include <QSet>
 #include <QFile>
 #include <QFrame>
 #include <QLineEdit>
@@ -160,20 +158,6 @@ private slots:
             QTEST(e.Number(), "number");
             QTEST(e.Description(), "description");
         }
-    }
-
-    void uniqueNames()
-    {
-        QSet<QString> names;
-        const QRegularExpression form("^[0-9A-F]{32}$");
-        for (int i = 0; i < 500; ++i) {
-            const QString name = CreateUniqueName();
-            QVERIFY2(form.match(name).hasMatch(), qPrintable(name));
-            names.insert(name);
-        }
-        QCOMPARE(names.size(), 500);
-        QCOMPARE(GuidToBracedString(QUuid("{67c8770b-44f1-410a-ab9a-f9b5446f13ee}")),
-                 QString("{67C8770B-44F1-410A-AB9A-F9B5446F13EE}"));
     }
 
     void accountQueryIsNotEncoded()

@@ -3,9 +3,7 @@
 #include "support/DialogAnswerer.h"
 #include "support/PulseServer.h"
 #include "support/SoundFiles.h"
-#include "core/twips.h"
 
-#include <QApplication>
 #include <QTest>
 #include <QTreeWidget>
 #include <memory>
@@ -230,22 +228,6 @@ private slots:
         answerer->answer("frmInvalidFileFormat", "imgOK");
         QTest::keyClick(list(), Qt::Key_Return);
         QVERIFY(answerer->allAnswered());
-    }
-
-    void size_gripAndSmallestWindow()
-    {
-        openOn("Album");
-        const QSize before = window->size();
-        QWidget* grip = window->findChild<QWidget*>("lblGrip");
-        QTest::mousePress(grip, Qt::LeftButton, {}, QPoint(5, 5));
-        QMouseEvent move(QEvent::MouseMove, QPointF(45, 25), grip->mapToGlobal(QPointF(45, 25)), Qt::NoButton,
-                         Qt::LeftButton, Qt::NoModifier);
-        QApplication::sendEvent(grip, &move);
-        QTest::mouseRelease(grip, Qt::LeftButton, {}, QPoint(45, 25));
-        QCOMPARE(window->size(), before + QSize(40, 20));
-        window->resize(1, 1);
-        QCOMPARE(window->size(), QSize(TwipsToPixelsX(1000), TwipsToPixelsY(1500)));
-        QVERIFY(window->findChild<QWidget*>("Splitter")->isVisible());
     }
 };
 

@@ -10,7 +10,6 @@
 #include "support/TestGround.h"
 
 #include <QFile>
-#include <QImage>
 #include <QTcpServer>
 #include <QTest>
 #include <QTimer>
@@ -145,32 +144,6 @@ private slots:
         QVERIFY(window.paints > paintsBefore);
         QVERIFY(answerer.allAnswered());
         QCOMPARE(answerer.seen[0].text, QString("The operation timed out"));
-    }
-
-    void sendHttpPostsAndFetches()
-    {
-        CHTTPCall call;
-        // A POST gives the reply back.
-        const QString body = QString("MobileNumber=%1&Password=%2&xmldata=%3&tonedata1=0A0B0C")
-                                 .arg(ServiceFixture::kDemoMobile, ServiceFixture::kDemoPassword,
-                                      EncodeForUrl("<Message ContentType=\"audio/amr\" Filename=\"1.amr\" "
-                                                   "MobileNumber=\"0412345678\"/>"));
-        const QStringList reply = call.SendHTTP(service->baseUrl() + "SendT2.asp", false, body, {}, kServiceTimeOut)
-                                      .split(',');
-        QCOMPARE(reply.size(), 3);
-        QVERIFY(reply[2].startsWith("https://"));
-
-        // A binary GET goes only to the file, written over the old one from its start.
-        const QString picture = ground->tempFolder() + "/qtc.jpg";
-        QVERIFY(WriteFile(picture, QByteArray(200000, 'Z')));
-        QCOMPARE(call.SendHTTP(service->baseUrl() + "qtc/JpegImage.aspx?1A2B3C4", true, {}, picture, kServiceTimeOut),
-                 QString());
-        const QByteArray bytes = ReadFile(picture);
-        QCOMPARE(bytes.size(), 200000);
-        QVERIFY(bytes.startsWith("\xFF\xD8"));
-        QVERIFY(bytes.endsWith("ZZZZ"));
-        QImage image;
-        QVERIFY(image.load(picture, "JPEG"));
     }
 
     void sendHttpFailures_data()
