@@ -114,7 +114,6 @@ private slots:
         QTest::addRow("wav cut in half, header still says 4 s") << "cut" << "cut.wav" << 2 << 0 << 2.0 << 2 * 1152;
         QTest::addRow("wave header claims 4 GB") << "liar" << "liar.wav" << 2 << 0 << 4.0 << 0;
         // Two MP3 files one after the other in one file.
-        QTest::addRow("stereo then mono") << "joined" << "both.mp3" << 2 << 44100 << 4.0 << 4 * 1152;
         QTest::addRow("mono then stereo") << "joined" << "both.mp3" << 1 << 44100 << 4.0 << 4 * 1152;
         QTest::addRow("stereo then mono at 22 kHz") << "joined" << "both.mp3" << 2 << 22050 << 4.0 << 4 * 1152;
     }

@@ -28,21 +28,6 @@ private slots:
         QTEST(LevelOfPeak(peak), "level");
     }
 
-    void deviceList_namesTheServersInputs()
-    {
-        NCTAudioRecord2 recorder;
-        QVERIFY(recorder.DeviceCount() >= 1);
-        QVERIFY(recorder.CurrentDevice() >= 0);
-        QVERIFY(recorder.DeviceUsable());
-        QVERIFY(!recorder.DeviceName().isEmpty());
-        const int standard = recorder.CurrentDevice();
-        recorder.SetCurrentDevice(recorder.DeviceCount());  // one beyond, as the list walk goes
-        QVERIFY(!recorder.DeviceUsable());
-        QCOMPARE(recorder.DeviceName(), QString());
-        recorder.SetCurrentDevice(standard);
-        QVERIFY(recorder.DeviceUsable());
-    }
-
     void arrayPlay_smallBlocksFedOnRequestPlayThrough()
     {
         // CD playback feeds blocks of 26 sectors (about 0.35 s) on each

@@ -482,8 +482,6 @@ private slots:
         QCOMPARE(service->get("Send.asp?" + account + "&ToneID=" + sent[1]).body,
                  QString("1,%1,%2").arg(sent[1], sent[2]).toLatin1());
         QCOMPARE(Fields(service->get("Send.asp?" + account + "&ToneID=987654").body)[0], QString("0"));
-        QCOMPARE(service->get("PostSongData.asp?CID=" + id + "&SongBlob=Rock%7CSong+Title%7C&" + account).body,
-                 QByteArray("1"));
         for (const char* page : {"", "help.asp", "password.asp", "outbox.asp"}) {
             const auto reply = service->get(page);
             QCOMPARE(reply.status, 200);
@@ -495,7 +493,6 @@ private slots:
     {
         QTest::addColumn<QString>("code");
         QTest::addRow("seven letters") << "A1B2C3D";
-        QTest::addRow("one") << "7";
         QTest::addRow("longest") << QString(32, 'F');
     }
     void codePicture()

@@ -54,36 +54,6 @@ private slots:
         QCOMPARE(params, QString("MobileNumber=0412345678&Password=tonedemo&Origin=0"));
     }
 
-    void logLinesAndTheUnloggedPageType()
-    {
-        SaveAppSetting("Logging", "1", kSettings);
-        CHTTPCall call;
-        QString params = "ignored";
-        const QString reply = call.GetPage(ptCountryList, params, true, kServiceTimeOut);
-        // Page type 1 sets no URL: it asks the last page again, and logs nothing.
-        QCOMPARE(call.GetPage(ptNotLogged, params, true, kServiceTimeOut), reply);
-        const QStringList lines = QString::fromLatin1(ReadFile(LogFilePath())).split('\n', Qt::SkipEmptyParts);
-        QCOMPARE(lines.size(), 4);
-        QVERIFY(lines[0].endsWith(": ----[ HTTP Call Start ]----"));
-        QVERIFY(lines[1].endsWith(": URL: " + service->baseUrl() + "GetCountryList.asp"));
-        QVERIFY(lines[2].endsWith(": Response: " + reply));
-        QVERIFY(lines[3].endsWith(": ----[ HTTP Call End ]----"));
-    }
-
-    void securityIsOnlyEverSwitchedOn()
-    {
-        QString params;
-        DialogAnswerer answerer;
-        answerer.answer("MsgBox", "OK");
-        CHTTPCall secured;
-        QVERIFY(secured.GetPage(ptCountryList, params, true, kServiceTimeOut).contains("Australia"));
-        QVERIFY(secured.GetPage(ptCountryList, params, false, kServiceTimeOut).contains("Australia"));
-        // Never switched on, the request goes out in plain HTTP, which the service does not speak.
-        CHTTPCall plain;
-        QCOMPARE(plain.GetPage(ptCountryList, params, false, kServiceTimeOut), QString());
-        QVERIFY2(answerer.finishedCleanly(), qPrintable(answerer.problems()));
-    }
-
     // A service the call cannot reach, or whose certificate is not the
     // trusted one: one message, "err" back, and nothing logged.
     void unreachableServer_data()
