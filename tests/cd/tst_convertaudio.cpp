@@ -7,7 +7,6 @@
 #include "support/SoundFiles.h"
 #include "support/TestGround.h"
 
-#include <QDir>
 #include <QFile>
 #include <QTest>
 #include <cmath>
@@ -22,12 +21,6 @@ double rms(const std::vector<int16_t>& s, int rate, double from, double to)
     for (size_t i = a; i < b; ++i)
         sum += double(s[i]) * s[i];
     return b > a ? std::sqrt(sum / double(b - a)) : 0;
-}
-
-QByteArray head(const QString& path, int bytes)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.read(bytes) : QByteArray();
 }
 }  // namespace
 
@@ -73,60 +66,6 @@ private slots:
         gobjCDManager = nullptr;
     }
 
-    void routes_data()
-    {
-        QTest::addColumn<QString>("source");
-        QTest::addColumn<int>("format");
-        QTest::addColumn<QString>("codec");
-        QTest::addColumn<int>("rate");
-        QTest::addColumn<QByteArray>("magic");
-        QTest::addColumn<double>("frameSeconds");
-        QTest::addColumn<double>("delaySeconds");  // the encoder's start delay, which the container counts
-        const double lame = 1105.0 / 16000;
-        QTest::addRow("AMR narrowband from mp3") << "s.mp3" << 1 << "amr_nb" << 8000 << QByteArray("#!AMR\n") << 0.02 << 0.0;
-        QTest::addRow("AMR wideband from wma") << "s.wma" << 2 << "amr_wb" << 16000 << QByteArray("#!AMR-WB\n") << 0.02 << 0.0;
-        QTest::addRow("MP3 from wav") << "s.wav" << 5 << "mp3" << 16000 << QByteArray() << 576.0 / 16000 << lame;
-        QTest::addRow("MP3 from mp3") << "s.mp3" << 5 << "mp3" << 16000 << QByteArray() << 576.0 / 16000 << lame;
-        QTest::addRow("WAV from mp3") << "s.mp3" << 6 << "pcm_s16le" << 16000 << QByteArray("RIFF") << 1.0 / 16000 << 0.0;
-    }
-    void routes()
-    {
-        QFETCH(QString, source);
-        QFETCH(int, format);
-        QFETCH(QString, codec);
-        QFETCH(int, rate);
-        QFETCH(QByteArray, magic);
-        QFETCH(double, frameSeconds);
-        QFETCH(double, delaySeconds);
-        const QString in = MakeTone(scratch(source), 3.0, 440, 44100, 2);
-        const QString out = scratch("tone.out");
-        convert(in, out, format);
-        const ProbedSound probed = Probe(out);
-        QCOMPARE(probed.codec, codec);
-        QCOMPARE(probed.sampleRate, rate);
-        QCOMPARE(probed.channels, 1);
-        QVERIFY2(std::abs(probed.seconds - delaySeconds - 3.0) <= frameSeconds + 1e-6,
-                 qPrintable(QString::number(probed.seconds)));
-        QVERIFY(std::abs(double(DecodeMono(out, rate).size()) / rate - 3.0) <= frameSeconds + 1e-9);
-        QVERIFY(head(out, magic.size()) == magic);
-        QVERIFY(!QFile::exists(out + ".part"));
-    }
-
-    void makesNothing_data()
-    {
-        QTest::addColumn<int>("format");
-        for (int f : {3, 4, 0, -1, 7, 100})
-            QTest::addRow("format %d", f) << f;
-    }
-    void makesNothing()
-    {
-        QFETCH(int, format);
-        const QString in = MakeTone(scratch("s.wav"), 1.0);
-        const QStringList before = QDir(ground->tempFolder()).entryList(QDir::Files);
-        convert(in, scratch("tone.out"), format);
-        QCOMPARE(QDir(ground->tempFolder()).entryList(QDir::Files), before);
-    }
-
     void fades_data()
     {
         QTest::addColumn<double>("seconds");
@@ -135,8 +74,7 @@ private slots:
         QTest::addColumn<int>("format");
         QTest::addColumn<bool>("fadedIn");
         QTest::addColumn<bool>("fadedOut");
-        QTest::addRow("5.0 s, both on: too short") << 5.0 << "True" << "True" << 1 << false << false;
-        QTest::addRow("5.01 s, both on") << 5.01 << "True" << "True" << 1 << true << true;
+        QTest::addRow("both on") << 6.0 << "True" << "True" << 1 << true << true;
         QTest::addRow("wideband, in only") << 6.0 << "True" << "False" << 2 << true << false;
         QTest::addRow("out only, lower case") << 6.0 << "false" << "true" << 1 << false << true;
         QTest::addRow("not a truth word") << 6.0 << "yes" << "" << 1 << false << false;

@@ -1,5 +1,4 @@
 #include "core/CError.h"
-#include "core/MainWindow.h"
 #include "core/globals.h"
 #include "core/modCommon.h"
 #include "core/modEncryption.h"
@@ -10,9 +9,6 @@
 
 #include <QApplication>
 #include <QDir>
-#include <QFileInfo>
-#include <QRegularExpression>
-#include <QSet>
 #include <QFile>
 #include <QFrame>
 #include <QLineEdit>
@@ -31,33 +27,6 @@ class tst_Common : public QObject {
 private slots:
     void init() { ground = std::make_unique<TestGround>(); }
     void cleanup() { ground.reset(); }
-
-    void settings_roundTripAndAbsence_data()
-    {
-        QTest::addColumn<QString>("value");
-        QTest::addRow("plain") << "1";
-        QTest::addRow("with commas") << "a, b,c";
-        QTest::addRow("xml record") << R"(<Message ID="7" Type="amr" Name="x=y;z"/>)";
-        QTest::addRow("line breaks") << "one\r\ntwo";
-        QTest::addRow("non-latin") << QString::fromUtf8("Zoë – 日本");
-        QTest::addRow("blank edges") << "  padded  ";
-        QTest::addRow("empty") << "";
-    }
-    void settings_roundTripAndAbsence()
-    {
-        QFETCH(QString, value);
-        QCOMPARE(GetAppSetting("LastPhoneNumber", kSettings), QString());
-        SaveAppSetting("LastPhoneNumber", value, kSettings);
-        QCOMPARE(GetAppSetting("LastPhoneNumber", kSettings), value);
-        // Sections are apart: the same key elsewhere is still absent.
-        QCOMPARE(GetAppSetting("LastPhoneNumber", kToneData), QString());
-        // And it is really on disk, in the per-user INI store.
-        QSettings raw(SettingsFilePath(), QSettings::IniFormat);
-        QCOMPARE(raw.value("Settings/LastPhoneNumber").toString(), value);
-        QVERIFY(SettingsFilePath().startsWith(ground->root()));
-        DeleteAppSetting("LastPhoneNumber", kSettings);
-        QCOMPARE(GetAppSetting("LastPhoneNumber", kSettings), QString());
-    }
 
     void settings_handWrittenValuesReadAsTheyStand_data()
     {
@@ -150,7 +119,6 @@ private slots:
         QTest::addRow("blank and ampersand") << "a b&c" << "a+b%26c";
         QTest::addRow("percent stays") << "50%" << "50%";
         QTest::addRow("CR LF") << "x\r\ny" << "x%0D%0Ay";
-        QTest::addRow("tab") << "a\tb" << "a%09b";
         QTest::addRow("tabs are not trimmed") << "\tx\t" << "%09x%09";
         QTest::addRow("outer blanks trimmed") << "  a b  " << "a+b";
         QTest::addRow("low controls") << QString(QChar(0)) + QChar(1) + QChar(9) << "%00%01%09";
@@ -168,33 +136,6 @@ private slots:
         const QString before = value;
         QTEST(EncodeForUrl(value), "encoded");
         QCOMPARE(value, before);
-    }
-
-    void pumping_data()
-    {
-        QTest::addColumn<QString>("what");
-        QTest::addColumn<int>("size");
-        QTest::addColumn<bool>("pumped");
-        QTest::addRow("encode with underscore") << "encode_" << 0 << true;
-        QTest::addRow("encode without") << "encode" << 0 << false;
-        QTest::addRow("hex of 999 bytes") << "hex" << 999 << false;
-        QTest::addRow("hex of 1000 bytes") << "hex" << 1000 << true;
-    }
-    void pumping()
-    {
-        QFETCH(QString, what);
-        QFETCH(int, size);
-        bool ran = false;
-        QMetaObject::invokeMethod(qApp, [&ran] { ran = true; }, Qt::QueuedConnection);
-        if (what == "hex") {
-            const QString path = ground->tempFolder() + "/f.bin";
-            QVERIFY(WriteFile(path, QByteArray(size, 'x')));
-            QCOMPARE(FileToHexString(path).size(), 2 * size);
-        } else {
-            EncodeForUrl(what);
-        }
-        QTEST(ran, "pumped");
-        QCoreApplication::processEvents();
     }
 
     void fileToHexString_failures_data()
@@ -216,36 +157,6 @@ private slots:
             QTEST(e.Number(), "number");
             QTEST(e.Description(), "description");
         }
-    }
-
-    void uniqueNames()
-    {
-        QSet<QString> names;
-        const QRegularExpression form("^[0-9A-F]{32}$");
-        for (int i = 0; i < 500; ++i) {
-            const QString name = CreateUniqueName();
-            QVERIFY2(form.match(name).hasMatch(), qPrintable(name));
-            names.insert(name);
-        }
-        QCOMPARE(names.size(), 500);
-        QCOMPARE(GuidToBracedString(QUuid("{67c8770b-44f1-410a-ab9a-f9b5446f13ee}")),
-                 QString("{67C8770B-44F1-410A-AB9A-F9B5446F13EE}"));
-    }
-
-    void isEvenNumber_data()
-    {
-        QTest::addColumn<int>("n");
-        QTest::addColumn<bool>("even");
-        QTest::addRow("0") << 0 << true;
-        QTest::addRow("1") << 1 << false;
-        QTest::addRow("-1 counts as even") << -1 << true;
-        QTest::addRow("max") << std::numeric_limits<int>::max() << false;
-        QTest::addRow("min") << std::numeric_limits<int>::min() << true;
-    }
-    void isEvenNumber()
-    {
-        QFETCH(int, n);
-        QTEST(IsEvenNumber(n), "even");
     }
 
     void accountQueryIsNotEncoded()
@@ -283,26 +194,6 @@ private slots:
         QVERIFY(running->isActive() && idle->isActive());
         QCOMPARE(MousePointer(), int(vbDefault));
         QVERIFY(!ownedTimer->isActive());
-    }
-
-    void centring_data()
-    {
-        QTest::addColumn<QRect>("main");
-        QTest::addColumn<QPoint>("expected");
-        QTest::addRow("inside") << QRect(100, 100, 400, 300) << QPoint(200, 200);
-        QTest::addRow("odd sizes") << QRect(0, 0, 401, 301) << QPoint(100, 100);
-        QTest::addRow("off screen, no clamp") << QRect(-900, -700, 400, 300) << QPoint(-800, -600);
-    }
-    void centring()
-    {
-        QFETCH(QRect, main);
-        QWidget mainWindow;
-        mainWindow.setGeometry(main);
-        SetMainWindow([&mainWindow] { return &mainWindow; });
-        QWidget dialog;
-        dialog.resize(200, 100);
-        CenterOnMainWindow(&dialog);
-        QTEST(dialog.pos(), "expected");
     }
 };
 

@@ -199,35 +199,6 @@ private slots:
         QVERIFY(toneDataKeys().isEmpty());
     }
 
-    void queueLife()
-    {
-        logIn();
-        gbUseTunnel = true;
-        CQueueManager queue;
-        queue.ClearToneData();  // nothing pending: stays empty, nothing else
-        QCOMPARE(toneDataKeys(), QStringList{"CurrentTone"});
-        QVERIFY(!queue.IsDataFilePending());
-
-        seams().now = [] { return QDateTime(QDate(2005, 3, 3), QTime(14, 7, 9)); };
-        const QString first = Hash(queue.SaveData("audio/amr", makeTone("a.amr"), gstrMobileNumber, gstrPassword));
-        queue.DeleteQueuedTone();
-        bool pending = false;
-        queue.IsDataFilePending(pending);
-        QVERIFY(pending);  // still, until the helper acts on the mark
-        QCOMPARE(GetAppSetting("Delete", kToneData), QString("1"));
-
-        seams().now = [] { return QDateTime(QDate(2005, 3, 3), QTime(14, 8, 0)); };
-        const QString second = Hash(queue.SaveData("audio/amr", makeTone("b.amr"), gstrMobileNumber, gstrPassword));
-        QVERIFY(first != second);
-        QCOMPARE(GetAppSetting("CurrentTone", kToneData), second);
-        QVERIFY(!GetAppSetting(first, kToneData).isEmpty());  // the older record is left behind
-        QCOMPARE(GetAppSetting("Delete", kToneData), QString("1"));
-
-        queue.ClearToneData();
-        QVERIFY(!queue.IsDataFilePending());
-        QVERIFY(GetAppSetting(second, kToneData).isEmpty());
-    }
-
     void uploadingWindowAnimatesWhileTheCallBlocks()
     {
         // A page that answers only after a while, as a slow upload does.

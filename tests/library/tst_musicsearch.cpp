@@ -1,4 +1,4 @@
-#include "MusicGround.h"
+#include "support/MusicGround.h"
 #include "library/CMusicSearch.h"
 #include "library/LibraryFile.h"
 #include "library/frmSearching4Music.h"

@@ -99,14 +99,6 @@ private slots:
         QVERIFY2(qAbs(info.DurationMilliseconds() - seconds * 1000) <= tolerance,
                  qPrintable(QString::number(info.DurationMilliseconds())));
     }
-
-    void audioInfo_failedOpenKeepsTheLastLength()
-    {
-        AudioInfo info;
-        info.Open(MakeTone(scratch("b.wav"), 2.0));
-        QVERIFY_THROWS_EXCEPTION(CError, info.Open(scratch("none.wma")));
-        QCOMPARE(info.DurationMilliseconds(), 2000);
-    }
 };
 
 QTEST_MAIN(tst_FileInfo)

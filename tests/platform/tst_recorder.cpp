@@ -5,7 +5,6 @@
 #include "support/SoundTestCase.h"
 #include "support/TakeRecorder.h"
 
-#include <QFile>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -27,52 +26,6 @@ private slots:
     {
         QFETCH(int, peak);
         QTEST(LevelOfPeak(peak), "level");
-    }
-
-    void deviceList_namesTheServersInputs()
-    {
-        NCTAudioRecord2 recorder;
-        QVERIFY(recorder.DeviceCount() >= 1);
-        QVERIFY(recorder.CurrentDevice() >= 0);
-        QVERIFY(recorder.DeviceUsable());
-        QVERIFY(!recorder.DeviceName().isEmpty());
-        const int standard = recorder.CurrentDevice();
-        recorder.SetCurrentDevice(recorder.DeviceCount());  // one beyond, as the list walk goes
-        QVERIFY(!recorder.DeviceUsable());
-        QCOMPARE(recorder.DeviceName(), QString());
-        recorder.SetCurrentDevice(standard);
-        QVERIFY(recorder.DeviceUsable());
-    }
-
-    void take_blocksLevelsAndWaveHeader()
-    {
-        const QString tone = MakeTone(scratch("tone.wav"), 3.0, 500, 44100, 2);
-        TakeRecorder take(scratch("take.wav"));
-        QCOMPARE(take.recorder.Status(), 0);
-        QSignalSpy blocks(&take.recorder, &NCTAudioRecord2::EndArrayRecord);
-        QSignalSpy timer(&take.recorder, &NCTAudioRecord2::Timer);
-        NCTAudioFileReader2 reader;
-        reader.OpenFile(tone, 0, 1);
-        NCTAudioPlayer2 player;
-        player.SetFormat(reader.SampleRate(), reader.Channels());
-        player.StartArrayPlay();
-        QCOMPARE(player.Status(), 0);
-        player.LoadArray(reader.ReadBlock(player.BytesForMilliseconds(10000)));
-        QSignalSpy ended(&player, &NCTAudioPlayer2::EndPlay);
-        QVERIFY(ended.wait(15000));
-        take.Stop();
-        QVERIFY(blocks.size() >= 3);
-        QCOMPARE(take.recorder.GetArray().size() % 4, 0);
-        // The tone's level (an eighth of full scale, about 62) shows while it plays.
-        int loudest = 0;
-        for (const auto& args : timer)
-            loudest = std::max(loudest, args.at(1).toInt());
-        QVERIFY2(loudest >= 55 && loudest <= 66, qPrintable(QString::number(loudest)));
-        const ProbedSound probed = Probe(scratch("take.wav"));
-        QCOMPARE(probed.codec, QString("pcm_s16le"));
-        QCOMPARE(probed.sampleRate, 44100);
-        QCOMPARE(probed.channels, 2);
-        QCOMPARE(qint64(QFile(scratch("take.wav")).size()), qint64(44 + probed.seconds * 44100 * 4 + 0.5));
     }
 
     void arrayPlay_smallBlocksFedOnRequestPlayThrough()

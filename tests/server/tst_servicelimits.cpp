@@ -304,18 +304,6 @@ private slots:
         QVERIFY(service->restart());
         QCOMPARE(QDir(tones).entryList(QDir::Files), stored);
     }
-
-    void helpListsEveryOption()
-    {
-        QProcess help;
-        help.start(ServiceFixture::servicePath(), {"--help"});
-        QVERIFY(help.waitForFinished(20000));
-        QCOMPARE(help.exitCode(), 0);
-        const QString text = QString::fromUtf8(help.readAllStandardOutput());
-        for (const char* option : {"--listen ADDR:PORT", "--data DIR", "--demo-account NUMBER:PASSWORD",
-                                   "--client-timeout SECONDS", "--per-address N", "--operator-key-file FILE", "--help"})
-            QVERIFY2(text.contains(QLatin1String(option)), option);
-    }
 };
 
 QTEST_MAIN(tst_ServiceLimits)

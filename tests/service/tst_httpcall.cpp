@@ -10,7 +10,6 @@
 #include "support/TestGround.h"
 
 #include <QFile>
-#include <QImage>
 #include <QTcpServer>
 #include <QTest>
 #include <QTimer>
@@ -55,36 +54,6 @@ private slots:
         QCOMPARE(params, QString("MobileNumber=0412345678&Password=tonedemo&Origin=0"));
     }
 
-    void logLinesAndTheUnloggedPageType()
-    {
-        SaveAppSetting("Logging", "1", kSettings);
-        CHTTPCall call;
-        QString params = "ignored";
-        const QString reply = call.GetPage(ptCountryList, params, true, kServiceTimeOut);
-        // Page type 1 sets no URL: it asks the last page again, and logs nothing.
-        QCOMPARE(call.GetPage(ptNotLogged, params, true, kServiceTimeOut), reply);
-        const QStringList lines = QString::fromLatin1(ReadFile(LogFilePath())).split('\n', Qt::SkipEmptyParts);
-        QCOMPARE(lines.size(), 4);
-        QVERIFY(lines[0].endsWith(": ----[ HTTP Call Start ]----"));
-        QVERIFY(lines[1].endsWith(": URL: " + service->baseUrl() + "GetCountryList.asp"));
-        QVERIFY(lines[2].endsWith(": Response: " + reply));
-        QVERIFY(lines[3].endsWith(": ----[ HTTP Call End ]----"));
-    }
-
-    void securityIsOnlyEverSwitchedOn()
-    {
-        QString params;
-        DialogAnswerer answerer;
-        answerer.answer("MsgBox", "OK");
-        CHTTPCall secured;
-        QVERIFY(secured.GetPage(ptCountryList, params, true, kServiceTimeOut).contains("Australia"));
-        QVERIFY(secured.GetPage(ptCountryList, params, false, kServiceTimeOut).contains("Australia"));
-        // Never switched on, the request goes out in plain HTTP, which the service does not speak.
-        CHTTPCall plain;
-        QCOMPARE(plain.GetPage(ptCountryList, params, false, kServiceTimeOut), QString());
-        QVERIFY2(answerer.finishedCleanly(), qPrintable(answerer.problems()));
-    }
-
     // A service the call cannot reach, or whose certificate is not the
     // trusted one: one message, "err" back, and nothing logged.
     void unreachableServer_data()
@@ -92,7 +61,6 @@ private slots:
         QTest::addColumn<QString>("base");  // "stranger": a service of the same make but another identity
         QTest::addColumn<QString>("message");
         QTest::addRow("host that does not exist") << "https://service.quillotone.invalid/" << kUnreachable;
-        QTest::addRow("nothing listens") << ServiceFixture::unreachableUrl() << kUnreachable;
         QTest::addRow("certificate not trusted") << "stranger" << "certificate is not the one this computer trusts";
     }
     void unreachableServer()
@@ -146,32 +114,6 @@ private slots:
         QVERIFY(window.paints > paintsBefore);
         QVERIFY(answerer.allAnswered());
         QCOMPARE(answerer.seen[0].text, QString("The operation timed out"));
-    }
-
-    void sendHttpPostsAndFetches()
-    {
-        CHTTPCall call;
-        // A POST gives the reply back.
-        const QString body = QString("MobileNumber=%1&Password=%2&xmldata=%3&tonedata1=0A0B0C")
-                                 .arg(ServiceFixture::kDemoMobile, ServiceFixture::kDemoPassword,
-                                      EncodeForUrl("<Message ContentType=\"audio/amr\" Filename=\"1.amr\" "
-                                                   "MobileNumber=\"0412345678\"/>"));
-        const QStringList reply = call.SendHTTP(service->baseUrl() + "SendT2.asp", false, body, {}, kServiceTimeOut)
-                                      .split(',');
-        QCOMPARE(reply.size(), 3);
-        QVERIFY(reply[2].startsWith("https://"));
-
-        // A binary GET goes only to the file, written over the old one from its start.
-        const QString picture = ground->tempFolder() + "/qtc.jpg";
-        QVERIFY(WriteFile(picture, QByteArray(200000, 'Z')));
-        QCOMPARE(call.SendHTTP(service->baseUrl() + "qtc/JpegImage.aspx?1A2B3C4", true, {}, picture, kServiceTimeOut),
-                 QString());
-        const QByteArray bytes = ReadFile(picture);
-        QCOMPARE(bytes.size(), 200000);
-        QVERIFY(bytes.startsWith("\xFF\xD8"));
-        QVERIFY(bytes.endsWith("ZZZZ"));
-        QImage image;
-        QVERIFY(image.load(picture, "JPEG"));
     }
 
     void sendHttpFailures_data()

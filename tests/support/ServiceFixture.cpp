@@ -182,13 +182,17 @@ QStringList ServiceFixture::phone(const QString& mobile, const QString& password
     return reply.status == 200 ? messagesIn(reply.body) : QStringList();
 }
 
+QString ServiceFixture::signUpQuery(const QString& mobile, const QString& password, const QString& firstName)
+{
+    return QStringLiteral("AddCustomer.asp?FirstName=%1&LastName=Lee&gender=female&MobileNumber=%2"
+                          "&Email=kim%40example.com&Password=%3&Age=30&CountryID=1&TerminalVendorID=1"
+                          "&TerminalTypeID=2&ServiceProviderID=101&ReceiveMarketing=0&PartnerID=")
+        .arg(firstName, mobile, password);
+}
+
 QString ServiceFixture::addActiveCustomer(const QString& mobile, const QString& password, const QString& firstName)
 {
-    const Reply added = get(QStringLiteral("AddCustomer.asp?FirstName=%1&LastName=Lee&gender=female&MobileNumber=%2"
-                                           "&Email=kim%40example.com&Password=%3&Age=30&CountryID=1"
-                                           "&TerminalVendorID=1&TerminalTypeID=2&ServiceProviderID=101"
-                                           "&ReceiveMarketing=0&PartnerID=")
-                                .arg(firstName, mobile, password));
+    const Reply added = get(signUpQuery(mobile, password, firstName));
     const QStringList fields = QString::fromLatin1(added.body).split(QLatin1Char(','));
     if (fields.size() < 3 || fields[0] != QLatin1String("1"))
         return {};

@@ -53,8 +53,9 @@ public:
     QStringList phone(const QString& mobile, const QString& password) const;
     // Text messages in an outbox page, newest first, as "mobile: text".
     static QStringList messagesIn(const QByteArray& page);
-    // Signs up and activates a customer with an Australian Telstra number.
-    // Returns the customer id, or empty on failure.
+    // The sign-up request of a customer with an Australian Telstra number.
+    static QString signUpQuery(const QString& mobile, const QString& password, const QString& firstName = "Kim");
+    // Signs up and activates such a customer. Returns the id, or empty on failure.
     QString addActiveCustomer(const QString& mobile, const QString& password, const QString& firstName = "Kim");
 
     static QString servicePath();
