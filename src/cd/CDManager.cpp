@@ -3,7 +3,6 @@
 #include "core/CError.h"
 #include "core/MsgBox.h"
 #include "core/SettingSwitch.h"
-#include "core/globals.h"
 #include "core/modCommon.h"
 #include "core/numbers.h"
 #include "platform/AudioConversion.h"
@@ -254,6 +253,8 @@ void CDManager::CleanUp()
     mobjAudioPlayer.reset();
     mobjAudioCDGrabber2.reset();
 }
+
+CDManager* gobjCDManager = nullptr;
 
 CDManager* TheCDManager()
 {
