@@ -4,6 +4,7 @@
 #include "PasswordHash.h"
 #include "Store.h"
 #include "Text.h"
+#include "wire/Pages.h"
 #include "wire/ToneUpload.h"
 
 #include <QString>
@@ -311,7 +312,7 @@ void ToneTransfer::Register(httplib::Server& server)
 {
     server.Get(R"(/tones/([0-9a-f]{32}))",
                Guarded([this](const Request& req, Response& res) { DownloadTone(req, res); }));
-    server.Post("/SendT2.asp", [this](const Request& req, Response& res, const httplib::ContentReader& reader) {
+    server.Post(Route(wire::kToneUpload), [this](const Request& req, Response& res, const httplib::ContentReader& reader) {
         std::string reply;
         try {
             Upload upload(mStore, mAccounts, mToneFolder, mBase, req.remote_addr);
