@@ -68,7 +68,7 @@ bool ripSectors(const QString& source, int32_t first, int32_t last, const QStrin
     bool complete = false;
     AudioEncoder encoder;
     try {
-        encoder.Create(path, {EncoderTarget::Mp3, 44100, 2, kRipBitRate}, 44100, 2);
+        encoder.Create(path, {.codec = wire::Codec::Mp3, .sampleRate = 44100, .bitRate = kRipBitRate, .channels = 2}, 44100, 2);
         const double total = last - first + 1;
         int shownPercent = -1;  // one event a percent: each one pumps the window
         bool readable = true;
