@@ -44,27 +44,29 @@ ASAN_OPTIONS=detect_leaks=0 "$prefix/bin/quillotone" >"$scratch/program.log" 2>&
 program=$!
 pids+=($program)
 
-# The newest visible window of one of the given names (a|b), once it is up;
-# $seen is that window and $name its name (the window's role).
+# The newest visible window of one of the given names (a|b), once it is up
+# within tries tenths of a second; $seen is that window and $name its name
+# (the window's role). False if none came.
 seen=""
 name=""
-await() {
-  local names=$1 what=$2 w
-  for _ in $(seq 600); do
-    kill -0 "$program" 2>/dev/null || fail "the program ended before $what"
+appears() {
+  local names=$1 tries=$2 w
+  for _ in $(seq "$tries"); do
+    kill -0 "$program" 2>/dev/null || fail "the program ended while waiting for $names"
     for w in $(xdotool search --onlyvisible --name Quillotone 2>/dev/null | sort -n -r); do
       [ "$w" != "$seen" ] || continue
       name=$(xprop -id "$w" WM_WINDOW_ROLE 2>/dev/null | sed -n 's/.* = "\(.*\)"$/\1/p' || true)
       if [[ "|$names|" == *"|$name|"* ]]; then
         seen=$w
         sleep 0.5  # let it paint and take the pointer
-        return
+        return 0
       fi
     done
     sleep 0.1
   done
-  fail "$what never came"
+  return 1
 }
+await() { appears "$1" 600 || fail "$2 never came"; }
 click() { xdotool mousemove --window "$seen" "$1" "$2" click 1; }
 # Keys go to the window under the pointer: there is no window manager.
 keys() { xdotool mousemove --window "$seen" 20 60; "$@"; }
@@ -99,17 +101,18 @@ for _ in $(seq 100); do
   [ -n "$(xdotool search --onlyvisible --name "^Open$" 2>/dev/null)" ] || break
   sleep 0.1
 done
-# Mark three seconds and send. While the song still decodes there is nothing
-# to mark, and Send says so: then try again once the song is in.
+# Mark three seconds and send. While the song still loads the window takes
+# no clicks, or there is nothing to mark and Send says so: then try again.
 for try in $(seq 60); do
   seen=$main
   xdotool mousemove --window "$main" 70 133 mousedown 1 mousemove --window "$main" 150 133 \
     mousemove --window "$main" 230 133 mouseup 1
   click 403 193  # Send
-  await "frmAboutToUseFreeQuill|frmNoToneSelected|frmToneNotTrimmed" "the free quill question"
-  [ "$name" = frmAboutToUseFreeQuill ] && break
-  [ "$try" -lt 60 ] || fail "the song never came into the editor"
-  keys xdotool key Return
+  if appears "frmAboutToUseFreeQuill|frmNoToneSelected|frmToneNotTrimmed" 50; then
+    [ "$name" = frmAboutToUseFreeQuill ] && break
+    keys xdotool key Return
+  fi
+  [ "$try" -lt 60 ] || fail "the free quill question never came"
   sleep 1
 done
 click 131 192  # Send it
