@@ -9,8 +9,8 @@
 
 // The form's word on a password the login could not carry.
 inline const QString kPasswordCharacters = QStringLiteral(
-    "Your password can't contain spaces or any of these characters: & = % + # ? ' "
-    "Please use letters, numbers and other symbols.");
+    "Your password can't have spaces or any of & = % + # ? ' in it. Please use letters, numbers and other "
+    "symbols.");
 
 class CClickLabel;
 class CSignUpManager;
