@@ -28,7 +28,7 @@ packages=(
   # checking the install tree and the packages
   desktop-file-utils file curl dpkg-dev
   # driving the installed program as a user does
-  xdotool imagemagick
+  xdotool x11-utils imagemagick
   # the skin's rounded face
   fonts-comfortaa
 )

@@ -146,7 +146,7 @@ void CDManager::LoadTracks()
     mlngQueryStatus = 0;
     ResumeNext(err, [&] { grabber.ReadContents(); });
     ResumeNext(err, [&] { grabber.QueryFreeDB(settings, 0); });
-    // The lookup's own time-out ends it; the window stays alive meanwhile.
+    // The grabber ends the lookup by its deadline; the window stays alive meanwhile.
     while (mlngQueryStatus != -1 && mlngQueryStatus != -2 && mlngQueryStatus != 3)
         QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
     mstrCDArtist = grabber.DiscArtist();
@@ -160,6 +160,8 @@ void CDManager::LoadTracks()
             ResumeNext(err, [&] {
                 CDTrack track;
                 grabber.SelectTrack(t);
+                if (!grabber.TrackIsAudio())
+                    return;  // keeps its number: the rows count as the disc does
                 track.SessionInd = static_cast<int16_t>(s * 100 + t);
                 track.TrackName = grabber.TrackTitle();
                 track.duration = CDTrackDuration(grabber.TrackMinutes(), grabber.TrackSeconds());

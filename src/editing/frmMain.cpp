@@ -22,6 +22,7 @@
 #include "platform/AudioEditor2.h"
 #include "platform/NCTAmpBar2.h"
 #include "platform/NCTSliderB2.h"
+#include "platform/SoundOutput.h"
 #include "service/CFreeQuills.h"
 #include "skin/CClickLabel.h"
 #include "skin/CDialog.h"
@@ -701,6 +702,8 @@ void frmMain::cmdPlay_Released()
     Button(QStringLiteral("cmdPlay"))->ShowRest();
     if (mbRecordMode)
         return;
+    if (!mstrCurrentFile.isEmpty() && !SoundOutputAvailable())
+        return void(ShowMessageWindow(QStringLiteral("frmNoSoundOutput")));
     AudioEditor21->PreparePlay();
     AudioEditor21->Play(1);
     mbPlaying = true;
