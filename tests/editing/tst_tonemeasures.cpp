@@ -1,3 +1,4 @@
+#include "delivery/ToneSizeLimit.h"
 #include "editing/ToneMeasures.h"
 
 #include <QTest>
