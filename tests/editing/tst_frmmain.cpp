@@ -1,7 +1,6 @@
 #include "core/globals.h"
 #include "core/modCommon.h"
 #include "core/seams.h"
-#include "delivery/ToneSizeLimit.h"
 #include "editing/frmMain.h"
 #include "editing/frmZoomEdit.h"
 #include "platform/AudioEditor2.h"
@@ -473,42 +472,6 @@ private slots:
         QVERIFY(moved.wait(1000));
         QTest::mouseRelease(down, Qt::LeftButton);
         QCOMPARE(form->NCTSliderB21->Value(), 32000);
-    }
-
-    void toneSizeLimit_data()
-    {
-        QTest::addColumn<QString>("setting");
-        QTest::addColumn<int>("bytes");
-        QTest::addColumn<QString>("answer");  // empty: no dialog expected
-        QTest::addColumn<bool>("goOn");
-        QTest::addRow("over 150 KB, give up") << "150 KB" << 200000 << "imgOK" << false;
-        QTest::addRow("over 150 KB, send anyway") << "150 KB" << 200000 << "imgCancel" << true;
-        QTest::addRow("at the default") << "" << 150000 << "" << true;
-        QTest::addRow("150 KB is more than the default") << "150 KB" << 153600 << "" << true;
-    }
-    void toneSizeLimit()
-    {
-        QFETCH(QString, setting);
-        QFETCH(int, bytes);
-        QFETCH(QString, answer);
-        QFETCH(bool, goOn);
-        SaveAppSetting("MaxToneSize", setting, kSettings);
-        const QString tone = writeFile("20261123101010.amr", QByteArray(bytes, 'x'));
-        DialogAnswerer answers;
-        QString sizeShown;
-        if (!answer.isEmpty()) {
-            answers.answer("frmToneTooBig", answer);
-            QTimer::singleShot(0, this, [&] {
-                if (auto* w = QApplication::activeModalWidget())
-                    sizeShown = ControlTag(w->findChild<QObject*>("lblTooBig"));
-            });
-        }
-        bool result = !goOn;
-        CheckToneSize(tone, result);
-        QCOMPARE(result, goOn);
-        QVERIFY2(answers.finishedCleanly(), qPrintable(answers.problems()));
-        if (!answer.isEmpty())
-            QCOMPARE(sizeShown, QString::number(bytes));
     }
 
     // My Music hands a song to the editor through its Tag.
