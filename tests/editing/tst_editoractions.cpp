@@ -8,9 +8,7 @@
 #include "support/QuietOffscreen.h"
 #include "support/SongMaker.h"
 #include "support/SoundFiles.h"
-#include "support/DialogAnswerer.h"
-#include "support/PulseServer.h"
-#include "support/TestGround.h"
+#include "support/SoundTestCase.h"
 #include "support/TakeRecorder.h"
 
 #include <QAction>
@@ -22,14 +20,17 @@
 
 // The editor's keys and context menu through the real windows, played on a
 // private sound server.
-class tst_EditorActions : public QObject {
+class tst_EditorActions : public SoundTestCase {
     Q_OBJECT
-    std::unique_ptr<PulseServer> pulse;
-    std::unique_ptr<TestGround> ground;
-    std::unique_ptr<DialogAnswerer> answerer;
-    std::unique_ptr<MainWindowFixture<frmMain>> window;
 
-    QString scratch(const QString& name) const { return ground->tempFolder() + "/" + name; }
+    // Each case makes the main window on its ground, and drops it first.
+    struct Window : MainWindowFixture<frmMain> {
+        Window() : MainWindowFixture<frmMain>(MainForm, DropMainForm)
+        {
+            static const bool quiet = (QuietOffscreenPlugin(), true);
+            Q_UNUSED(quiet);
+        }
+    };
 
     static void trigger(AudioEditor2* editor, const QString& text)
     {
@@ -40,9 +41,8 @@ class tst_EditorActions : public QObject {
         QFAIL(qPrintable("no entry " + text));
     }
     // The main window's editor, or a zoom window's once it has opened the file.
-    AudioEditor2* editorOf(const QString& which, const QString& song, std::unique_ptr<frmZoomEdit>& zoom)
+    AudioEditor2* editorOf(frmMain& form, const QString& which, const QString& song, std::unique_ptr<frmZoomEdit>& zoom)
     {
-        frmMain& form = window->Load();
         form.LoadSoundFile(song);
         if (which == "main")
             return form.AudioEditor21;
@@ -55,26 +55,6 @@ class tst_EditorActions : public QObject {
     }
 
 private slots:
-    void initTestCase()
-    {
-        QuietOffscreenPlugin();
-        pulse = std::make_unique<PulseServer>();
-        QVERIFY2(pulse->Started(), qPrintable(pulse->Error()));
-    }
-    void init()
-    {
-        ground = std::make_unique<TestGround>();
-        answerer = std::make_unique<DialogAnswerer>();
-        window = std::make_unique<MainWindowFixture<frmMain>>(MainForm, DropMainForm);
-    }
-    void cleanup()
-    {
-        window.reset();
-        QVERIFY2(answerer->unexpected.isEmpty(), qPrintable(answerer->unexpected.join(", ")));
-        answerer.reset();
-        ground.reset();
-    }
-
     void longestToneSeconds_data()
     {
         QTest::addColumn<QString>("format");
@@ -111,11 +91,12 @@ private slots:
         SaveAppSetting("MaxToneSize", "500 KB", kSettings);  // 16 s of wave
         const QString song = MakeSong(scratch("Pop Song.mp3"), PopSongForm(40));
         QVERIFY(!song.isEmpty());
+        Window window;
         std::unique_ptr<frmZoomEdit> zoom;
-        AudioEditor2* editor = editorOf(which, song, zoom);
+        AudioEditor2* editor = editorOf(window.Load(), which, song, zoom);
         QVERIFY(editor);
         const int rate = editor->SampleRate();
-        QWidget* labels = which == "main" ? static_cast<QWidget*>(&window->Load()) : zoom.get();
+        QWidget* labels = which == "main" ? static_cast<QWidget*>(&MainForm()) : zoom.get();
 
         trigger(editor, "Find the best part");
         QVERIFY2(std::abs(editor->SelectionStart() - 40 * rate) <= 2 * rate, qPrintable(QString::number(editor->SelectionStart())));
@@ -154,7 +135,8 @@ private slots:
         const QString low = MakeTone(scratch("low.wav"), 8.0, 500), high = MakeTone(scratch("high.wav"), 8.0, 6000);
         const QString both = scratch("both.wav");
         QVERIFY(RunTool("ffmpeg", {"-v", "error", "-y", "-i", low, "-i", high, "-filter_complex", "amix=inputs=2", both}));
-        frmMain& form = window->Load();
+        Window window;
+        frmMain& form = window.Load();
         form.LoadSoundFile(both);
         if (marked)
             form.AudioEditor21->MarkPart(44100, 6 * 44100);
