@@ -94,13 +94,14 @@ void AudioEditor2::keyPressEvent(QKeyEvent* event)
 
 void AudioEditor2::wheelEvent(QWheelEvent* event)
 {
-    const int notches = event->angleDelta().y() / 120;
-    if (notches == 0 || TotalSamples() == 0) {
+    const int delta = event->angleDelta().y();
+    if (delta == 0 || TotalSamples() == 0) {
         event->ignore();
         return;
     }
-    // Up narrows the view, down widens it; the sound under the pointer stays put.
-    ZoomAround(sampleAt(static_cast<int>(event->position().x())), std::pow(kNotchZoom, notches));
+    // Up narrows the view, down widens it; the sound under the pointer stays
+    // put. A touchpad's small steps zoom a little each.
+    ZoomAround(sampleAt(static_cast<int>(event->position().x())), std::pow(kNotchZoom, delta / 120.0));
     event->accept();
 }
 
