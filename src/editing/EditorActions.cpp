@@ -57,6 +57,11 @@ EditorActions::EditorActions(AudioEditor2* editor, std::function<void()> play, s
     connect(editor, &AudioEditor2::PlayStopWanted, this, &EditorActions::playOrStop);
     connect(editor, &AudioEditor2::BestPartWanted, this, &EditorActions::MarkBestPart);
     connect(editor, &AudioEditor2::HearAsPhoneWanted, this, &EditorActions::HearAsPhone);
+    // One sound at a time: the editor's Play, from a button too, ends the phone's.
+    connect(editor, &AudioEditor2::OnEditorPositionChanged, this, [this] {
+        if (mEditor->IsPlaying() && PhonePlaying())
+            stopPhone();
+    });
 }
 
 EditorActions::~EditorActions() = default;

@@ -97,10 +97,7 @@ public:
     const SongFeatures& Features() const { return mFeatures; }
 
     // Snapping of the marks the user sets; on unless switched off.
-    bool SnapToZero() const { return mSnap; }
     void SetSnapToZero(bool on) { mSnap = on; }
-    // The nearest zero crossing within 5 ms of sample, or sample itself.
-    int32_t SnappedToZero(int32_t sample);
     // Marks a part as the user would: snapped, shown, and told at once.
     void MarkPart(int32_t start, int32_t end);
     // The part on the screen narrows (factor below 1) or widens around a
@@ -145,6 +142,8 @@ protected:
 
 private:
     enum class Grip { None, Start, End };
+    // The nearest zero crossing within 5 ms of sample, or sample itself.
+    int32_t SnappedToZero(int32_t sample);
     Grip gripAt(int x) const;
     int32_t& nearerMark();
     void nudgeMark(double seconds);

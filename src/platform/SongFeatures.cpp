@@ -7,10 +7,11 @@
 #include <numeric>
 
 namespace {
-constexpr int kStretch = 4096;          // analysed samples of one stretch: a power of two for the FFT
-constexpr double kAnalysedRate = 11025; // enough for the pitches that make a chord
-constexpr double kLowestPitch = 65;     // Hz: C2
-constexpr double kHighestPitch = 4000;
+constexpr int kStretch = 2048;          // analysed samples of one stretch: a power of two for the FFT
+constexpr int kHalf = kStretch / 2;
+constexpr double kAnalysedRate = 5512.5; // enough for the pitches that make a chord
+constexpr double kLowestPitch = 65;      // Hz: C2
+constexpr double kHighestPitch = 2000;
 // How long a section is compared with the rest of the song, in seconds: a
 // chorus lasts about that long, whatever the length of the tone.
 constexpr double kShortestSection = 4;
@@ -20,16 +21,23 @@ constexpr double kRepeated = 0.5;
 
 using Complex = std::complex<float>;
 
-// In place, radix 2, for kStretch points.
-void fft(std::vector<Complex>& a)
+// e^(-2 pi i k / kStretch) for k below kHalf.
+const std::vector<Complex>& twiddles()
 {
-    static const std::vector<Complex> twiddle = [] {
-        std::vector<Complex> t(kStretch / 2);
-        for (int i = 0; i < kStretch / 2; ++i)
-            t[i] = std::polar(1.0f, static_cast<float>(-2 * std::numbers::pi * i / kStretch));
+    static const std::vector<Complex> table = [] {
+        std::vector<Complex> t(kHalf);
+        for (int k = 0; k < kHalf; ++k)
+            t[k] = std::polar(1.0f, static_cast<float>(-2 * std::numbers::pi * k / kStretch));
         return t;
     }();
-    const int n = kStretch;
+    return table;
+}
+
+// In place, radix 2, for kHalf points.
+void fft(std::vector<Complex>& a)
+{
+    const std::vector<Complex>& twiddle = twiddles();
+    const int n = kHalf;
     for (int i = 1, j = 0; i < n; ++i) {
         int bit = n >> 1;
         for (; j & bit; bit >>= 1)
@@ -39,7 +47,7 @@ void fft(std::vector<Complex>& a)
             std::swap(a[i], a[j]);
     }
     for (int len = 2; len <= n; len <<= 1) {
-        const int step = n / len;
+        const int step = 2 * n / len;  // the table is for twice as many points
         for (int i = 0; i < n; i += len) {
             for (int k = 0; k < len / 2; ++k) {
                 const Complex u = a[i + k];
@@ -49,6 +57,24 @@ void fft(std::vector<Complex>& a)
             }
         }
     }
+}
+
+// Magnitudes of bins 0 to kHalf - 1 of kStretch real samples, from one
+// complex transform of half the length: even samples real, odd imaginary.
+std::vector<float> magnitudes(const std::vector<float>& samples)
+{
+    std::vector<Complex> z(kHalf);
+    for (int i = 0; i < kHalf; ++i)
+        z[i] = Complex(samples[2 * i], samples[2 * i + 1]);
+    fft(z);
+    const std::vector<Complex>& twiddle = twiddles();
+    std::vector<float> out(kHalf);
+    for (int k = 0; k < kHalf; ++k) {
+        const Complex a = z[k], b = std::conj(z[(kHalf - k) % kHalf]);
+        const Complex even = (a + b) * 0.5f, odd = (a - b) * Complex(0, -0.5f);
+        out[k] = std::abs(even + twiddle[k] * odd);
+    }
+    return out;
 }
 
 const std::vector<float>& hann()
@@ -70,8 +96,8 @@ void SongFeatures::Reset(int sampleRate, int channels)
     mChannels = std::max(channels, 1);
     mDecimation = std::max(1, static_cast<int>(std::lround(sampleRate / kAnalysedRate)));
     const double analysed = static_cast<double>(sampleRate) / mDecimation;
-    mPitchClass.assign(kStretch / 2, -1);
-    for (int bin = 1; bin < kStretch / 2; ++bin) {
+    mPitchClass.assign(kHalf, -1);
+    for (int bin = 1; bin < kHalf; ++bin) {
         const double hz = bin * analysed / kStretch;
         if (hz >= kLowestPitch && hz <= kHighestPitch)
             mPitchClass[bin] = ((static_cast<int>(std::lround(12 * std::log2(hz / 440.0))) + 69) % 12 + 12) % 12;
@@ -85,9 +111,12 @@ void SongFeatures::Add(const int16_t* frames, int count)
         return;
     // One channel, averaged down to the analysed rate: the average is also
     // the low-pass that keeps higher sound from folding into the pitches.
+    const int16_t* sample = frames;
     for (int f = 0; f < count; ++f) {
+        int32_t mixed = 0;
         for (int c = 0; c < mChannels; ++c)
-            mSum += frames[f * mChannels + c];
+            mixed += *sample++;
+        mSum += mixed;
         if (++mSummed == mDecimation) {
             mStretch.push_back(static_cast<float>(mSum / (mSummed * mChannels * 32768.0)));
             mSum = 0;
@@ -109,19 +138,18 @@ void SongFeatures::Finish()
 void SongFeatures::closeStretch()
 {
     const std::vector<float>& window = hann();
-    std::vector<Complex> spectrum(kStretch);
     double power = 0;
     for (int i = 0; i < kStretch; ++i) {
         power += double(mStretch[i]) * mStretch[i];
-        spectrum[i] = Complex(mStretch[i] * window[i], 0);
+        mStretch[i] *= window[i];
     }
-    mStretch.clear();
     mLoudness.push_back(static_cast<float>(std::sqrt(power / kStretch)));
-    fft(spectrum);
+    const std::vector<float> spectrum = magnitudes(mStretch);
+    mStretch.clear();
     Chroma chroma{};
-    for (int bin = 1; bin < kStretch / 2; ++bin) {
+    for (int bin = 1; bin < kHalf; ++bin) {
         if (mPitchClass[bin] >= 0)
-            chroma[mPitchClass[bin]] += std::abs(spectrum[bin]);
+            chroma[mPitchClass[bin]] += spectrum[bin];
     }
     // Compressed, centred and of unit length: what counts is which pitch
     // classes stand out, not how loud they are, and a flat spectrum (noise,

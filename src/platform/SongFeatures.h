@@ -37,7 +37,7 @@ private:
     int mChannels = 0;
     int mDecimation = 1;  // frames averaged into one analysed sample
     int64_t mFrames = 0;
-    double mSum = 0;      // of the frames being averaged
+    int64_t mSum = 0;     // of the frames being averaged
     int mSummed = 0;
     std::vector<float> mStretch;  // analysed samples of the stretch being filled
     std::vector<int> mPitchClass; // of each spectrum bin, -1 outside the range heard as pitch
