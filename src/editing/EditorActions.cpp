@@ -110,8 +110,9 @@ void EditorActions::HearAsPhone()
     stopPhone();
     mStop();
     const ToneFormat& format = ToneFormatFor(gstrPreferredFormat);
-    // The send's own road: the cut as MP3, then the conversion with its fades and boost.
-    QString cut = scratch(QStringLiteral("phonecheck.mp3"));
+    // The send's own road: the cut as MP3, then the conversion with its fades
+    // and boost, under another name, since the tone may be an MP3 too.
+    QString cut = scratch(QStringLiteral("phonecut.mp3"));
     QString tone = scratch(QStringLiteral("phonecheck.") + format.extension);
     QFile::remove(tone);
     QApplication::setOverrideCursor(Qt::WaitCursor);
