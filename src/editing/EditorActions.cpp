@@ -92,7 +92,8 @@ void EditorActions::MarkBestPart()
 {
     if (mEditor->TotalSamples() == 0)
         return;
-    const double seconds = LongestToneSeconds(gstrPreferredFormat, GetAppSetting(QStringLiteral("MaxToneSize"), kSettings));
+    const double seconds =
+        LongestToneSeconds(gstrPreferredFormat, GetAppSetting(QStringLiteral("MaxToneSize"), kSettings));
     const SongFeatures::Part part = mEditor->Features().BestPart(seconds);
     // A trimmed view that does not hold the part would hide it.
     if (part.start < mEditor->ViewStart() || part.end > mEditor->ViewEnd())
@@ -130,8 +131,9 @@ void EditorActions::HearAsPhone()
     QApplication::restoreOverrideCursor();
     if (!QFileInfo::exists(tone)) {  // a failed conversion has told its own message
         if (!madeHere(format.preferredFormat))
-            CDialog().Display(QStringLiteral("Tones in your phone's format cannot be made here, so there is nothing to hear."),
-                              true, mOwner);
+            CDialog().Display(
+                QStringLiteral("Tones in your phone's format cannot be made here, so there is nothing to hear."), true,
+                mOwner);
         return;
     }
     mPhone->LoadFile(tone);

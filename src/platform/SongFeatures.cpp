@@ -220,7 +220,8 @@ SongFeatures::Part SongFeatures::BestPart(double seconds) const
     if (n == 0 || length >= mFrames)
         return {0, std::min(length, mFrames)};
 
-    const int window = std::clamp(static_cast<int>(std::lround(std::clamp(seconds, kShortestSection, kLongestSection) / stretch)), 1, n);
+    const double section = std::clamp(seconds, kShortestSection, kLongestSection);
+    const int window = std::clamp(static_cast<int>(std::lround(section / stretch)), 1, n);
     const std::vector<double> repeated = repetition(window);
     const std::vector<double> loud = windowLoudness(window);
     const double loudest = *std::max_element(loud.begin(), loud.end());

@@ -99,7 +99,8 @@ private slots:
         QWidget* labels = which == "main" ? static_cast<QWidget*>(&MainForm()) : zoom.get();
 
         trigger(editor, "Find the best part");
-        QVERIFY2(std::abs(editor->SelectionStart() - 40 * rate) <= 2 * rate, qPrintable(QString::number(editor->SelectionStart())));
+        QVERIFY2(std::abs(editor->SelectionStart() - 40 * rate) <= 2 * rate,
+                 qPrintable(QString::number(editor->SelectionStart())));
         QVERIFY(std::abs(editor->SelectionEnd() - editor->SelectionStart() - 16 * rate) <= rate / 100);
         QTRY_COMPARE(labels->findChild<QLabel*>("lblToneLength")->text(), QString("0m 16s"));
 
@@ -135,7 +136,8 @@ private slots:
         gstrPreferredFormat = format;
         const QString low = MakeTone(scratch("low.wav"), 8.0, 500), high = MakeTone(scratch("high.wav"), 8.0, 5000);
         const QString both = scratch("both.wav");
-        QVERIFY(RunTool("ffmpeg", {"-v", "error", "-y", "-i", low, "-i", high, "-filter_complex", "amix=inputs=2", both}));
+        QVERIFY(
+            RunTool("ffmpeg", {"-v", "error", "-y", "-i", low, "-i", high, "-filter_complex", "amix=inputs=2", both}));
         Window window;
         frmMain& form = window.Load();
         form.LoadSoundFile(both);

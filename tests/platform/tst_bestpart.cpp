@@ -21,12 +21,15 @@ private slots:
         QTest::addRow("chorus first at 40 s, 15 s tone") << PopSongForm(40) << 15.0 << 40.0;
         QTest::addRow("chorus first at 70 s, 20 s tone") << PopSongForm(70) << 20.0 << 70.0;
         QTest::addRow("tone longer than the chorus") << PopSongForm(30) << 50.0 << 30.0;
-        QTest::addRow("nothing repeats: the loudest part")
-            << QList<SongSection>{{SongSection::Free, 60, 0.2}, {SongSection::Free, 15, 0.7}, {SongSection::Free, 45, 0.2}}
-            << 15.0 << 60.0;
+        QTest::addRow("nothing repeats: the loudest part") << QList<SongSection>{{SongSection::Free, 60, 0.2},
+                                                                                 {SongSection::Free, 15, 0.7},
+                                                                                 {SongSection::Free, 45, 0.2}}
+                                                           << 15.0 << 60.0;
         QTest::addRow("two choruses among free playing: the first")
-            << QList<SongSection>{{SongSection::Free, 30, 0.2}, {SongSection::Chorus, 16, 0.7},
-                                  {SongSection::Free, 30, 0.2}, {SongSection::Chorus, 16, 0.7}}
+            << QList<SongSection>{{SongSection::Free, 30, 0.2},
+                                  {SongSection::Chorus, 16, 0.7},
+                                  {SongSection::Free, 30, 0.2},
+                                  {SongSection::Chorus, 16, 0.7}}
             << 16.0 << 30.0;
     }
     void findsTheChorus()
@@ -40,7 +43,8 @@ private slots:
         editor.OpenFile(song);
         const int rate = editor.SampleRate();
         const SongFeatures::Part part = editor.Features().BestPart(seconds);
-        QVERIFY2(std::abs(part.start / double(rate) - expected) <= 2.0, qPrintable(QString::number(part.start / double(rate))));
+        QVERIFY2(std::abs(part.start / double(rate) - expected) <= 2.0,
+                 qPrintable(QString::number(part.start / double(rate))));
         QCOMPARE(part.end - part.start, std::llround(seconds * rate));
     }
 

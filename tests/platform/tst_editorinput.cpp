@@ -58,22 +58,26 @@ private slots:
         QTest::addColumn<int>("cursor");
         QTest::addColumn<QList<int>>("expected");  // start, end, cursor, shown start, shown end
         const int none = Qt::NoModifier, shift = Qt::ShiftModifier;
-        QTest::addRow("Right: the start, nearer to the cursor") << "Nearer mark 0.1 s later" << int(Qt::Key_Right) << none << -1 << 0
-                                                                 << QList<int>{16800, 48000, 0, 24000, 44000};
-        QTest::addRow("Left: the end, nearer to the cursor") << "Nearer mark 0.1 s earlier" << int(Qt::Key_Left) << none << -1 << 60000
-                                                              << QList<int>{16000, 47200, 60000, 24000, 44000};
-        QTest::addRow("Shift+Right: the end, nearer to the pointer") << "Nearer mark 1 s later" << int(Qt::Key_Right) << shift << 250 << 0
-                                                                      << QList<int>{16000, 56000, 0, 24000, 44000};
-        QTest::addRow("Shift+Left: the start, nearer to the pointer") << "Nearer mark 1 s earlier" << int(Qt::Key_Left) << shift << 10 << 60000
-                                                                       << QList<int>{8000, 48000, 60000, 24000, 44000};
+        QTest::addRow("Right: the start, nearer to the cursor")
+            << "Nearer mark 0.1 s later" << int(Qt::Key_Right) << none << -1 << 0
+            << QList<int>{16800, 48000, 0, 24000, 44000};
+        QTest::addRow("Left: the end, nearer to the cursor")
+            << "Nearer mark 0.1 s earlier" << int(Qt::Key_Left) << none << -1 << 60000
+            << QList<int>{16000, 47200, 60000, 24000, 44000};
+        QTest::addRow("Shift+Right: the end, nearer to the pointer")
+            << "Nearer mark 1 s later" << int(Qt::Key_Right) << shift << 250 << 0
+            << QList<int>{16000, 56000, 0, 24000, 44000};
+        QTest::addRow("Shift+Left: the start, nearer to the pointer")
+            << "Nearer mark 1 s earlier" << int(Qt::Key_Left) << shift << 10 << 60000
+            << QList<int>{8000, 48000, 60000, 24000, 44000};
         QTest::addRow("Home: the cursor to the start") << "Go to the start" << int(Qt::Key_Home) << none << -1 << 30000
                                                        << QList<int>{16000, 48000, 0, 24000, 44000};
         QTest::addRow("End: the cursor to the end") << "Go to the end" << int(Qt::Key_End) << none << -1 << 30000
                                                     << QList<int>{16000, 48000, 80000, 24000, 44000};
-        QTest::addRow("+: half the span, round the marks") << "Zoom in" << int(Qt::Key_Plus) << none << -1 << 0
-                                                           << QList<int>{16000, 48000, 0, 27000, 37000};
-        QTest::addRow("-: twice the span, within the sound") << "Zoom out" << int(Qt::Key_Minus) << none << -1 << 0
-                                                             << QList<int>{16000, 48000, 0, 12000, 52000};
+        QTest::addRow("+: half the span, round the marks")
+            << "Zoom in" << int(Qt::Key_Plus) << none << -1 << 0 << QList<int>{16000, 48000, 0, 27000, 37000};
+        QTest::addRow("-: twice the span, within the sound")
+            << "Zoom out" << int(Qt::Key_Minus) << none << -1 << 0 << QList<int>{16000, 48000, 0, 12000, 52000};
     }
     void keys()
     {
@@ -230,7 +234,8 @@ private slots:
         if (snapped) {
             QVERIFY2(std::abs(first) < 350 && std::abs(last) < 350, qPrintable(QString("%1 %2").arg(first).arg(last)));
         } else {
-            QVERIFY2(std::abs(first) > 3000 && std::abs(last) > 3000, qPrintable(QString("%1 %2").arg(first).arg(last)));
+            QVERIFY2(std::abs(first) > 3000 && std::abs(last) > 3000,
+                     qPrintable(QString("%1 %2").arg(first).arg(last)));
         }
     }
 

@@ -43,7 +43,9 @@ QString MakeSong(const QString& path, const QList<SongSection>& sections)
     QRandomGenerator random(27);
     std::vector<float> song;
     for (const SongSection& section : sections) {
-        const double chordSeconds = section.kind == SongSection::Verse ? 4 : section.kind == SongSection::Chorus ? 2 : 1;
+        const double chordSeconds = section.kind == SongSection::Verse    ? 4
+                                    : section.kind == SongSection::Chorus ? 2
+                                                                          : 1;
         const auto count = static_cast<int>(std::lround(section.seconds / chordSeconds));
         for (int i = 0; i < count; ++i) {
             Chord chord{random.bounded(12), random.bounded(2) == 1};
