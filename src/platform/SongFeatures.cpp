@@ -111,13 +111,17 @@ void SongFeatures::Add(const int16_t* frames, int count)
         return;
     // One channel, averaged down to the analysed rate: the average is also
     // the low-pass that keeps higher sound from folding into the pitches.
-    const int16_t* sample = frames;
-    for (int f = 0; f < count; ++f) {
-        int32_t mixed = 0;
-        for (int c = 0; c < mChannels; ++c)
-            mixed += *sample++;
-        mSum += mixed;
-        if (++mSummed == mDecimation) {
+    for (int f = 0; f < count;) {
+        // The rest of one group of frames at a time: a loop the compiler can widen.
+        const int take = std::min(mDecimation - mSummed, count - f);
+        const int16_t* sample = frames + static_cast<ptrdiff_t>(f) * mChannels;
+        int32_t sum = 0;
+        for (int i = 0; i < take * mChannels; ++i)
+            sum += sample[i];
+        mSum += sum;
+        mSummed += take;
+        f += take;
+        if (mSummed == mDecimation) {
             mStretch.push_back(static_cast<float>(mSum / (mSummed * mChannels * 32768.0)));
             mSum = 0;
             mSummed = 0;
