@@ -16,6 +16,7 @@
 #include <QMenu>
 #include <QSignalSpy>
 #include <QTest>
+#include <QWheelEvent>
 #include <memory>
 
 // The editor's keys and context menu through the real windows, played on a
@@ -103,6 +104,14 @@ private slots:
                  qPrintable(QString::number(editor->SelectionStart())));
         QVERIFY(std::abs(editor->SelectionEnd() - editor->SelectionStart() - 16 * rate) <= rate / 100);
         QTRY_COMPARE(labels->findChild<QLabel*>("lblToneLength")->text(), QString("0m 16s"));
+
+        // The wheel zooms the screen in; what was marked stays marked.
+        const int32_t marked = editor->SelectionStart();
+        QWheelEvent wheel(QPointF(30, 30), editor->mapToGlobal(QPointF(30, 30)), {}, QPoint(0, 240), Qt::NoButton,
+                          Qt::NoModifier, Qt::NoScrollPhase, false);
+        QCoreApplication::sendEvent(editor, &wheel);
+        QVERIFY(editor->ShownEnd() - editor->ShownStart() < editor->TotalSamples());
+        QCOMPARE(editor->SelectionStart(), marked);
 
         QTest::keyClick(editor, Qt::Key_Space);
         QVERIFY(editor->IsPlaying());

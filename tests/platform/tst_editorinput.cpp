@@ -4,6 +4,7 @@
 #include "support/TestGround.h"
 
 #include <QAction>
+#include <QContextMenuEvent>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QSignalSpy>
@@ -136,6 +137,24 @@ private slots:
         QCOMPARE(wanted.size(), 1);
         QCOMPARE(keysSeenByWindow, 0);
         QCOMPARE(entry(*editor, "Play or stop")->shortcut(), QKeySequence(Qt::Key_Space));
+    }
+
+    // The right button's menu: its entries work only with a sound in the editor.
+    void contextMenu()
+    {
+        AudioEditor2 editor;
+        editor.resize(400, 80);
+        auto* menu = editor.findChild<QMenu*>("mnuEditor");
+        for (const bool sound : {false, true}) {
+            if (sound)
+                editor.OpenFile(song);
+            QContextMenuEvent click(QContextMenuEvent::Mouse, QPoint(50, 40), editor.mapToGlobal(QPoint(50, 40)));
+            QCoreApplication::sendEvent(&editor, &click);
+            QTRY_VERIFY(menu->isVisible());
+            for (const QAction* action : menu->actions())
+                QVERIFY(action->isSeparator() || action->isEnabled() == sound);
+            menu->hide();
+        }
     }
 
     void wheelZoomsAroundThePointer()
