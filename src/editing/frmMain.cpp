@@ -10,7 +10,9 @@
 #include "cd/frmRipCD.h"
 #include "cd/modCDChecking.h"
 #include "editing/CAudioRecorder.h"
+#include "editing/EditorActions.h"
 #include "editing/MainFace.h"
+#include "editing/SoundFileDrop.h"
 #include "editing/ToneMeasures.h"
 #include "editing/frmAbout.h"
 #include "editing/frmConfiguration.h"
@@ -158,6 +160,17 @@ void frmMain::Form_Load()
             label("lblSoundFile")->setEnabled(true);
         });
         connect(AudioEditor21, &AudioEditor2::OnEditorMouseMove, this, &frmMain::ResetButtonPictures);
+        new EditorActions(
+            AudioEditor21,
+            [this] {
+                if (!mbRecordMode)
+                    mobjTone->Play();
+            },
+            [this] { cmdStop_Released(); }, this);
+        new SoundFileDrop(this, [this](const QString& path) {
+            if (!mobjTone->mbBusy)
+                openSoundFile(path);
+        });
 
         connect(Button(QStringLiteral("cmdOpen")), &CPictureButton::Released, this, &frmMain::cmdOpen_Released);
         onRelease("cmdTrim", [this] {
@@ -334,10 +347,17 @@ void frmMain::cmdRip_Released()
     }
 }
 
+
+void frmMain::openSoundFile(const QString& path)
+{
+    LeaveRecordMode();
+    LoadSoundFile(path);
+    mobjTone->mbBusy = false;
+}
+
 void frmMain::cmdOpen_Released()
 {
     LeaveRecordMode();
-
     // A music folder that does not exist would be offered as a file name.
     QString folder = QStandardPaths::writableLocation(QStandardPaths::MusicLocation);
     if (!QFileInfo(folder).isDir())
@@ -346,7 +366,8 @@ void frmMain::cmdOpen_Released()
     dialog.setObjectName(QStringLiteral("CommonDialog1"));
     dialog.setOption(QFileDialog::DontUseNativeDialog);
     dialog.setFileMode(QFileDialog::ExistingFile);
-    dialog.setNameFilters({QStringLiteral("Music files (*.mp3, *.wav, *.wma)"), QStringLiteral("All files (*.*)")});
+    dialog.setNameFilters(
+        {QStringLiteral("Music files (*.mp3, *.wav, *.wma)"), QStringLiteral("All files (*.*)"), AllAudioFilter()});
     // The dialog reads patterns parted by blanks only, and "*.*" would pass
     // over a name without a dot: its file list takes the patterns from us.
     // That list matches names in any case.

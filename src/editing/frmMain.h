@@ -84,6 +84,7 @@ private:
     void LeaveRecordMode();
 
     void cmdOpen_Released();
+    void openSoundFile(const QString& path);  // a file dropped on the window
     void cmdMyMusic_Released();
     void cmdRecord_Released();
     void cmdRip_Released();

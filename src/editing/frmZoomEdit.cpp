@@ -3,6 +3,7 @@
 #include "core/modCommon.h"
 #include "core/twips.h"
 #include "editing/CToneEditor.h"
+#include "editing/EditorActions.h"
 #include "editing/MainFace.h"
 #include "platform/AudioEditor2.h"
 #include "skin/CPictureButton.h"
@@ -67,6 +68,7 @@ void frmZoomEdit::Form_Load()
     NCTSliderB21 = mobjTone->NCTSliderB21;
     Label(QStringLiteral("imgLoading"))->show();
     connect(AudioEditor21, &AudioEditor2::OnEditorMouseMove, this, &frmZoomEdit::AudioEditor21_OnEditorMouseMove);
+    new EditorActions(AudioEditor21, [this] { mobjTone->Play(); }, [this] { mobjTone->Stop(); }, this);
 
     onReady("cmdOK", [this] { cmdOK_Released(); });
     onReady("cmdCancel", [this] { Hide(); });
