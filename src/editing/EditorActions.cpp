@@ -5,7 +5,7 @@
 #include "core/modCommon.h"
 #include "cd/CDManager.h"
 #include "delivery/ToneFormats.h"
-#include "editing/ToneMeasures.h"
+#include "delivery/ToneSizeLimit.h"
 #include "library/CAudioPlayer.h"
 #include "platform/AudioEditor2.h"
 #include "skin/CDialog.h"

@@ -38,7 +38,7 @@ bool loginCarries(const QString& password)
     static const QString kCut = QStringLiteral("&=%+#?' ");
     return std::all_of(password.begin(), password.end(), [](QChar c) {
         const char16_t u = c.unicode();
-        return u >= 0x20 && u != 0x7F && !kCut.contains(c) && (u < 0x80 || wire::Windows1252Byte(u) != 0);
+        return u >= 0x20 && u != 0x7F && !kCut.contains(c) && (u < 0x80 || wire::Windows1252Byte(u) != wire::kUnmappable);
     });
 }
 
