@@ -41,6 +41,8 @@ public:
             PQfinish(mConn);
             throw std::runtime_error("cannot reach the database: " + reason);
         }
+        // Notices ("already exists, skipping") are not the service's to print.
+        PQsetNoticeProcessor(mConn, [](void*, const char*) {}, nullptr);
         // Timestamps are kept and read in UTC.
         Script("SET TIME ZONE 'UTC'");
     }

@@ -41,12 +41,12 @@ CREATE INDEX IF NOT EXISTS outbox_mobile ON outbox(mobile);
 
 // The same tables; times as timestamps in UTC, which read as SQLite's do.
 const char* const kPostgresFirst = R"(
-CREATE TABLE countries(id BIGINT PRIMARY KEY, name TEXT NOT NULL, dial_code TEXT NOT NULL,
+CREATE TABLE countries(id BIGSERIAL PRIMARY KEY, name TEXT NOT NULL, dial_code TEXT NOT NULL,
     charge_text TEXT NOT NULL);
-CREATE TABLE providers(id BIGINT PRIMARY KEY, country_id BIGINT NOT NULL REFERENCES countries,
+CREATE TABLE providers(id BIGSERIAL PRIMARY KEY, country_id BIGINT NOT NULL REFERENCES countries,
     name TEXT NOT NULL, prefix TEXT NOT NULL, min_length BIGINT NOT NULL, max_length BIGINT NOT NULL);
-CREATE TABLE vendors(id BIGINT PRIMARY KEY, name TEXT NOT NULL);
-CREATE TABLE models(id BIGINT PRIMARY KEY, vendor_id BIGINT NOT NULL REFERENCES vendors,
+CREATE TABLE vendors(id BIGSERIAL PRIMARY KEY, name TEXT NOT NULL);
+CREATE TABLE models(id BIGSERIAL PRIMARY KEY, vendor_id BIGINT NOT NULL REFERENCES vendors,
     name TEXT NOT NULL, format TEXT NOT NULL);
 CREATE TABLE customers(id BIGSERIAL PRIMARY KEY, mobile TEXT NOT NULL UNIQUE,
     first_name TEXT, last_name TEXT, gender TEXT, email TEXT, password_hash TEXT NOT NULL, age BIGINT,

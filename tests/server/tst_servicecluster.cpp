@@ -92,7 +92,9 @@ private slots:
         const QByteArray body = UploadBody("0400000052", "20250101000000.amr", QByteArray(5000, 'x'));
         const auto first = one->post("SendT2.asp", body);
         QVERIFY(first.body.startsWith("1,"));
-        QCOMPARE(two->post("SendT2.asp", body).body, first.body);
+        // The same tone, named by each at its own address.
+        QCOMPARE(two->post("SendT2.asp", body).body.replace(two->baseUrl().toLatin1(), ""),
+                 QByteArray(first.body).replace(one->baseUrl().toLatin1(), ""));
         QCOMPARE(FreeQuills(*two, "0400000052"), QString("2"));
     }
 
