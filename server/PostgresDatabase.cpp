@@ -178,40 +178,37 @@ Result PostgresDatabase::Run(const std::string& statement, const Values& values)
     return (*lease).Run(statement, values);
 }
 
+bool PostgresDatabase::TryTransaction(const char* begin, const std::function<void(Session&)>& work)
+{
+    Lease lease(*this);
+    Connection& connection = *lease;
+    try {
+        connection.Script(begin);
+        work(connection);
+        connection.Script("COMMIT");
+        return true;
+    } catch (const Conflict&) {
+        connection.RollBack();
+        return false;
+    } catch (...) {
+        connection.RollBack();
+        throw;
+    }
+}
+
 void PostgresDatabase::Transact(const std::function<void(Session&)>& work)
 {
-    for (int attempt = 1;; ++attempt) {
-        Lease lease(*this);
-        Connection& connection = *lease;
-        try {
-            connection.Script("BEGIN ISOLATION LEVEL SERIALIZABLE");
-            work(connection);
-            connection.Script("COMMIT");
-            return;
-        } catch (const Conflict&) {
-            connection.RollBack();
-            if (attempt == kConflictRetries)
-                throw;
-        } catch (...) {
-            connection.RollBack();
-            throw;
-        }
+    for (int attempt = 1; !TryTransaction("BEGIN ISOLATION LEVEL SERIALIZABLE", work); ++attempt) {
+        if (attempt == kConflictRetries)
+            throw std::runtime_error("the database was too busy with the same rows");
     }
 }
 
 void PostgresDatabase::TransactAlone(const std::function<void(Session&)>& work)
 {
-    Lease lease(*this);
-    Connection& connection = *lease;
-    try {
-        // Processes that start together wait here for the first one's schema;
-        // each statement after the lock sees what that one committed.
-        connection.Script("BEGIN ISOLATION LEVEL READ COMMITTED; SELECT pg_advisory_xact_lock(7021541)");
-        work(connection);
-        connection.Script("COMMIT");
-    } catch (...) {
-        connection.RollBack();
-        throw;
-    }
+    // Processes that start together wait here for the first one's schema;
+    // each statement after the lock sees what that one committed.
+    if (!TryTransaction("BEGIN ISOLATION LEVEL READ COMMITTED; SELECT pg_advisory_xact_lock(7021541)", work))
+        throw std::runtime_error("the schema could not be brought up to date");
 }
 }  // namespace sql

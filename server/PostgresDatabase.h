@@ -22,6 +22,9 @@ private:
     class Connection;
     class Lease;
     void TransactAlone(const std::function<void(Session&)>& work) override;
+    // One run of the work in a transaction that begin starts; false when it
+    // collided with another and was rolled back.
+    bool TryTransaction(const char* begin, const std::function<void(Session&)>& work);
 
     const std::string mUrl;
     const size_t mMaxConnections;

@@ -57,7 +57,8 @@ PostgresServer::PostgresServer()
     mServer.start(kBin + QStringLiteral("postgres"),
                   {QStringLiteral("-D"), mDir.filePath(QStringLiteral("data")), QStringLiteral("-k"), mDir.path(),
                    QStringLiteral("-c"), QStringLiteral("listen_addresses="), QStringLiteral("-c"),
-                   QStringLiteral("fsync=off"), QStringLiteral("-c"), QStringLiteral("max_connections=200")});
+                   QStringLiteral("fsync=off"), QStringLiteral("-c"), QStringLiteral("max_connections=200"),
+                   QStringLiteral("-c"), QStringLiteral("log_min_messages=warning")});
     const QDeadlineTimer deadline(60000);
     while (query(QStringLiteral("postgresql://quillotone@/postgres?host=") + mDir.path(), QStringLiteral("SELECT 1"))
                .isNull()) {
