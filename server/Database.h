@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -54,6 +55,9 @@ public:
     // whatever number of processes start at once; then, in the same
     // transaction, the work (filling what is empty).
     void Migrate(const std::vector<std::string>& steps, const std::function<void(Session&)>& then);
+    // The first column of the first row, as the bytes stored (a large blob
+    // comes whole, without a text form on the way); none without a row.
+    virtual std::optional<std::string> FetchBytes(const std::string& statement, const Values& values) = 0;
     // True when several processes share the database: then it keeps what
     // they all must see, the tones' bytes among them.
     virtual bool Shared() const = 0;

@@ -50,9 +50,16 @@ public:
     Connection(const Connection&) = delete;
 
     bool Broken() const { return PQstatus(mConn) != CONNECTION_OK; }
-    void RollBack() { PQclear(PQexec(mConn, "ROLLBACK")); }
+    void RollBack()
+    {
+        if (PQtransactionStatus(mConn) != PQTRANS_IDLE)
+            PQclear(PQexec(mConn, "ROLLBACK"));
+    }
 
-    Result Run(const std::string& statement, const Values& values) override
+    Result Run(const std::string& statement, const Values& values) override { return Run(statement, values, 0); }
+
+    // resultFormat 1: every column as the server's binary form.
+    Result Run(const std::string& statement, const Values& values, int resultFormat)
     {
         auto it = mPrepared.find(statement);
         if (it == mPrepared.end()) {
@@ -76,7 +83,7 @@ public:
             }
         }
         return Check(PQexecPrepared(mConn, it->second.c_str(), static_cast<int>(values.size()), pointers.data(),
-                                    lengths.data(), formats.data(), 0));
+                                    lengths.data(), formats.data(), resultFormat));
     }
 
     void Script(const std::string& statements) override { Check(PQexec(mConn, statements.c_str())); }
@@ -104,7 +111,7 @@ private:
             auto& row = result.rows.emplace_back();
             for (int c = 0; c < columns; ++c) {
                 const char* value = PQgetvalue(res, r, c);
-                if (PQftype(res, c) != kByteaType || PQgetisnull(res, r, c)) {
+                if (PQftype(res, c) != kByteaType || PQfformat(res, c) != 0 || PQgetisnull(res, r, c)) {
                     row.emplace_back(value, static_cast<size_t>(PQgetlength(res, r, c)));
                     continue;
                 }
@@ -194,6 +201,15 @@ bool PostgresDatabase::TryTransaction(const char* begin, const std::function<voi
         connection.RollBack();
         throw;
     }
+}
+
+std::optional<std::string> PostgresDatabase::FetchBytes(const std::string& statement, const Values& values)
+{
+    Lease lease(*this);
+    Result result = (*lease).Run(statement, values, 1);
+    if (result.Empty())
+        return std::nullopt;
+    return std::move(result.rows[0][0]);
 }
 
 void PostgresDatabase::Transact(const std::function<void(Session&)>& work)

@@ -116,6 +116,14 @@ Result SqliteDatabase::Run(const std::string& statement, const Values& values)
     return result;
 }
 
+std::optional<std::string> SqliteDatabase::FetchBytes(const std::string& statement, const Values& values)
+{
+    Result result = Run(statement, values);
+    if (result.Empty())
+        return std::nullopt;
+    return std::move(result.rows[0][0]);
+}
+
 void SqliteDatabase::Transact(const std::function<void(Session&)>& work)
 {
     std::lock_guard lock(mMutex);

@@ -17,6 +17,7 @@ public:
 
     Result Run(const std::string& statement, const Values& values = {}) override;
     void Transact(const std::function<void(Session&)>& work) override;
+    std::optional<std::string> FetchBytes(const std::string& statement, const Values& values) override;
     bool Shared() const override { return false; }
 
 private:
