@@ -93,6 +93,7 @@ const char* const kCustomerColumns =
     " charge_text, activation_tries, seconds_since(created) FROM customers ";
 
 const char* const kToneColumns = "SELECT id, customer_id, size, token, content_type, filename, path FROM tones ";
+const char* const kToneByName = "WHERE customer_id = ? AND filename = ? LIMIT 1";
 
 std::vector<NamedId> NamedRows(const sql::Result& r)
 {
@@ -254,7 +255,8 @@ Store::Activation Store::Activate(int64_t customerId, const std::string& code, c
     Activation outcome = Activation::Refused;
     mDb->Transact([&](sql::Session& s) {
         const auto open = s.Run("SELECT CASE WHEN activation_code = ? THEN 1 ELSE 0 END FROM customers"
-                                " WHERE id = ? AND activated = 0 AND activation_tries < ? AND seconds_since(created) < ?",
+                                " WHERE id = ? AND activated = 0 AND activation_tries < ?"
+                                " AND seconds_since(created) < ?",
                                 {code, customerId, maxTries, lifetime});
         if (open.Empty()) {
             outcome = Activation::Refused;
@@ -338,7 +340,7 @@ Tone Store::AddTone(const Tone& tone, const std::string* bytes, const std::strin
     Tone added = tone;
     mDb->Transact([&](sql::Session& s) {
         // A retry of an upload whose reply was lost, perhaps kept by another process meanwhile.
-        if (auto sent = ToneWhere(s, "WHERE customer_id = ? AND filename = ? LIMIT 1", {tone.customerId, tone.filename})) {
+        if (auto sent = ToneWhere(s, kToneByName, {tone.customerId, tone.filename})) {
             added = *sent;
             return;
         }
@@ -381,7 +383,7 @@ std::optional<Tone> Store::ToneByToken(const std::string& token)
 
 std::optional<Tone> Store::ToneByName(int64_t customerId, const std::string& filename)
 {
-    return ToneWhere(*mDb, "WHERE customer_id = ? AND filename = ? LIMIT 1", {customerId, filename});
+    return ToneWhere(*mDb, kToneByName, {customerId, filename});
 }
 
 std::optional<Tone> Store::ToneById(int64_t customerId, int64_t toneId)
@@ -415,7 +417,8 @@ void Store::AddOutbox(const std::string& mobile, const std::string& text)
 
 std::vector<OutboxMessage> Store::Outbox(int limit)
 {
-    return MessageRows(mDb->Run("SELECT id, mobile, text, created FROM outbox ORDER BY id DESC LIMIT ?", {int64_t{limit}}));
+    return MessageRows(
+        mDb->Run("SELECT id, mobile, text, created FROM outbox ORDER BY id DESC LIMIT ?", {int64_t{limit}}));
 }
 
 std::vector<OutboxMessage> Store::OutboxOf(const std::string& mobile, int limit)

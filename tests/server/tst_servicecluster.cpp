@@ -17,7 +17,8 @@ QByteArray UploadBody(const QString& mobile, const QString& filename, const QByt
 {
     const QString xml = QStringLiteral("<Message ContentType=\"audio/amr\" Filename=\"%1\" MobileNumber=\"%2\"/>")
                             .arg(filename, mobile);
-    QByteArray body = "MobileNumber=" + mobile.toLatin1() + "&Password=secret99&xmldata=" + QUrl::toPercentEncoding(xml);
+    QByteArray body =
+        "MobileNumber=" + mobile.toLatin1() + "&Password=secret99&xmldata=" + QUrl::toPercentEncoding(xml);
     const QByteArray hex = tone.toHex();
     for (qsizetype at = 0, n = 1; at < hex.size(); at += 32760, ++n)
         body += "&tonedata" + QByteArray::number(n) + "=" + hex.mid(at, 32760);
@@ -72,7 +73,8 @@ private slots:
         QVERIFY(!one->addActiveCustomer("0400000051", "secret99").isEmpty());
         // A reset code asked for on one is taken on the other, once.
         QCOMPARE(one->post("password.asp", "MobileNumber=0400000051").status, 200);
-        const auto code = QRegularExpression("reset code is (\\w+)\\.").match(two->phone("0400000051", "secret99").first());
+        const auto code =
+            QRegularExpression("reset code is (\\w+)\\.").match(two->phone("0400000051", "secret99").first());
         QVERIFY(code.hasMatch());
         const QByteArray reset = "MobileNumber=0400000051&Code=" + code.captured(1).toLatin1() +
                                  "&Password=newpass1&ConfirmPassword=newpass1";

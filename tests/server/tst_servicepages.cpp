@@ -397,7 +397,8 @@ private slots:
         QTest::addColumn<bool>("outboxReadable");
         QTest::addColumn<QByteArray>("againStart");
         QTest::addColumn<QByteArray>("activation");
-        QTest::addRow("fresh") << "0400000030" << 0 << true << QByteArray("1") << true << QByteArray("0,") << QByteArray("1");
+        QTest::addRow("fresh") << "0400000030" << 0 << true << QByteArray("1") << true << QByteArray("0,")
+                               << QByteArray("1");
         QTest::addRow("after an hour, replaced") << "0400000031" << 3700 << true << QByteArray("0") << true
                                                  << QByteArray("1,") << QByteArray("0");
         QTest::addRow("after 29 days") << "0400000032" << 29 * 86400 << false << QByteArray("0") << true << QByteArray()
