@@ -1,10 +1,16 @@
 #include "PageKit.h"
 
 #include "Text.h"
+#include "wire/Pages.h"
 
 #include <httplib.h>
 
 namespace page {
+std::string Route(const char* page)
+{
+    return std::string("/") + page;
+}
+
 bool Has(const Params& params, const std::string& key)
 {
     return params.find(key) != params.end();
@@ -55,9 +61,10 @@ void Html(Response& res, const std::string& title, const std::string& body)
                         "table{border-collapse:collapse}td,th{border:1px solid #ccd;padding:.3em .6em;"
                         "text-align:left;vertical-align:top}</style></head><body><h1>" +
                         text::Html(title) + "</h1>\n" + body +
-                        "\n<p><a href=\"./\">Quillo Tone</a> &middot; <a href=\"help.asp\">Help</a> &middot; "
-                        "<a href=\"password.asp\">Forgotten password</a> &middot; <a href=\"outbox.asp\">Outbox</a>"
-                        "</p></body></html>\n",
+                        "\n<p><a href=\"./\">Quillo Tone</a> &middot; <a href=\"" + wire::kHelp +
+                        "\">Help</a> &middot; <a href=\"" + wire::kPassword +
+                        "\">Forgotten password</a> &middot; <a href=\"" + wire::kOutbox +
+                        "\">Outbox</a></p></body></html>\n",
                     "text/html; charset=utf-8");
 }
 }  // namespace page

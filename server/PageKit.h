@@ -29,6 +29,9 @@ std::string GetOr(const Params& params, const std::string& key);
 // A whole number of up to 15 digits; BadRequest otherwise.
 int64_t Number(const Params& params, const std::string& key);
 
+// The route of a page of wire/Pages.h: "/" and its name.
+std::string Route(const char* page);
+
 using Handler = std::function<void(const Request&, Response&)>;
 // The handler, with a BadRequest answered as 400 and its message.
 Handler Guarded(Handler handler);

@@ -4,6 +4,7 @@
 #include "PasswordHash.h"
 #include "Store.h"
 #include "Text.h"
+#include "wire/Pages.h"
 
 #include <httplib.h>
 #include <openssl/crypto.h>
@@ -34,8 +35,8 @@ std::string MessageRows(const std::vector<OutboxMessage>& messages)
     return "<table><tr><th>#</th><th>Sent (UTC)</th><th>To</th><th>Message</th></tr>\n" + rows + "</table>";
 }
 
-const char* const kReadPhoneForm =
-    "<form method=\"post\" action=\"outbox.asp\"><p><label>Mobile number <input name=\"MobileNumber\" "
+const std::string kReadPhoneForm =
+    std::string("<form method=\"post\" action=\"") + wire::kOutbox + "\"><p><label>Mobile number <input name=\"MobileNumber\" "
     "inputmode=\"numeric\"></label> <label>Password <input name=\"Password\" type=\"password\"></label> "
     "<button type=\"submit\">Read my messages</button></p></form>";
 }  // namespace
@@ -63,13 +64,13 @@ void PeoplePages::Register(httplib::Server& server)
         return Guarded([this, member](const Request& req, Response& res) { (this->*member)(req, res); });
     };
     server.Get("/", handler(&PeoplePages::Home));
-    server.Get("/help.asp", handler(&PeoplePages::Help));
-    server.Get("/password.asp", handler(&PeoplePages::PasswordForm));
-    server.Post("/password.asp", handler(&PeoplePages::PasswordReset));
-    server.Get("/outbox.asp", handler(&PeoplePages::OutboxForm));
-    server.Post("/outbox.asp", handler(&PeoplePages::OutboxOfOwner));
-    server.Get("/operator.asp", handler(&PeoplePages::OperatorView));
-    server.Post("/operator.asp", handler(&PeoplePages::OperatorLink));
+    server.Get(Route(wire::kHelp), handler(&PeoplePages::Help));
+    server.Get(Route(wire::kPassword), handler(&PeoplePages::PasswordForm));
+    server.Post(Route(wire::kPassword), handler(&PeoplePages::PasswordReset));
+    server.Get(Route(wire::kOutbox), handler(&PeoplePages::OutboxForm));
+    server.Post(Route(wire::kOutbox), handler(&PeoplePages::OutboxOfOwner));
+    server.Get(Route(wire::kOperator), handler(&PeoplePages::OperatorView));
+    server.Post(Route(wire::kOperator), handler(&PeoplePages::OperatorLink));
 }
 
 void PeoplePages::Home(const Request&, Response& res)
@@ -96,10 +97,11 @@ void PeoplePages::Help(const Request&, Response& res)
 void PeoplePages::PasswordForm(const Request&, Response& res)
 {
     Html(res, "Forgotten your password?",
-         "<p>Type your mobile number and we will send a one-time code to your phone. With that code you "
-         "choose a new password.</p>"
-         "<form method=\"post\" action=\"password.asp\"><input name=\"MobileNumber\" inputmode=\"numeric\"> "
-         "<button type=\"submit\">Send me a code</button></form>");
+         std::string("<p>Type your mobile number and we will send a one-time code to your phone. With that code "
+                     "you choose a new password.</p><form method=\"post\" action=\"") +
+             wire::kPassword +
+             "\"><input name=\"MobileNumber\" inputmode=\"numeric\"> "
+             "<button type=\"submit\">Send me a code</button></form>");
 }
 
 void PeoplePages::PasswordReset(const Request& req, Response& res)
@@ -111,7 +113,8 @@ void PeoplePages::PasswordReset(const Request& req, Response& res)
         Html(res, "Choose a new password",
              "<p>If " + text::Html(mobile) +
                  " belongs to a Quillo Tone account, a one-time code is on its way to that phone.</p>"
-                 "<form method=\"post\" action=\"password.asp\"><input type=\"hidden\" name=\"MobileNumber\" value=\"" +
+                 "<form method=\"post\" action=\"" + wire::kPassword +
+                 "\"><input type=\"hidden\" name=\"MobileNumber\" value=\"" +
                  text::Html(mobile) +
                  "\"><p><label>Code <input name=\"Code\"></label></p>"
                  "<p><label>New password <input name=\"Password\" type=\"password\"></label></p>"
@@ -128,7 +131,8 @@ void PeoplePages::PasswordReset(const Request& req, Response& res)
     }
     if (!mAccounts.FinishReset(mobile, text::Trim(Get(req.params, "Code")), fresh, req.remote_addr)) {
         Html(res, "Choose a new password",
-             "<p>That code is wrong, used or too old. <a href=\"password.asp\">Ask for a new one</a>.</p>");
+             std::string("<p>That code is wrong, used or too old. <a href=\"") + wire::kPassword +
+                 "\">Ask for a new one</a>.</p>");
         return;
     }
     Html(res, "Your password is changed", "<p>Sign in to Quillo Tone with your new password.</p>");
@@ -196,8 +200,9 @@ void PeoplePages::OperatorView(const Request& req, Response& res)
     if (!IsOperator(req, res))
         return;
     Html(res, "Outbox",
-         "<p>The text messages the service sends, newest first: this is what the phones receive.</p>"
-         "<form method=\"post\" action=\"operator.asp\"><p>A one-time link to one phone's messages, for its owner: "
+         std::string("<p>The text messages the service sends, newest first: this is what the phones "
+                     "receive.</p><form method=\"post\" action=\"") +
+             wire::kOperator + "\"><p>A one-time link to one phone's messages, for its owner: "
          "<input name=\"MobileNumber\" inputmode=\"numeric\"> <button type=\"submit\">Make the link</button>"
          "</p></form>\n" +
              MessageRows(mStore.Outbox(kMessagesShown)));
@@ -217,7 +222,7 @@ void PeoplePages::OperatorLink(const Request& req, Response& res)
         Reply(res, "Too many links are open");
         return;
     }
-    const std::string link = mBase + "outbox.asp?link=" + token;
+    const std::string link = mBase + wire::kOutbox + "?link=" + token;
     Html(res, "One-time link",
          "<p>Give this link to the owner of " + text::Html(mobile) +
              ". It shows that phone's messages once, within a day.</p><p><a href=\"" + text::Html(link) + "\">" +

@@ -4,6 +4,7 @@
 #include "CodePicture.h"
 #include "Store.h"
 #include "Text.h"
+#include "wire/Pages.h"
 
 #include <httplib.h>
 #include <sstream>
@@ -38,24 +39,24 @@ std::optional<Customer> ProgramPages::Caller(const Request& req)
 void ProgramPages::Register(httplib::Server& server)
 {
     const auto on = [&](const char* path, void (ProgramPages::*handler)(const Request&, Response&)) {
-        server.Get(path, Guarded([this, handler](const Request& req, Response& res) { (this->*handler)(req, res); }));
+        server.Get(Route(path), Guarded([this, handler](const Request& req, Response& res) { (this->*handler)(req, res); }));
     };
-    on("/GetCountryList.asp", &ProgramPages::CountryList);
-    on("/GetTerminalVendorList.asp", &ProgramPages::VendorList);
-    on("/GetTerminalTypeList.asp", &ProgramPages::ModelList);
-    on("/GetServiceProviderList.asp", &ProgramPages::ProviderList);
-    on("/Login.asp", &ProgramPages::Login);
-    on("/AddCustomer.asp", &ProgramPages::AddCustomer);
-    on("/ActivateCustomer.asp", &ProgramPages::ActivateCustomer);
-    on("/ReferFriends.asp", &ProgramPages::ReferFriends);
-    on("/PostSongData.asp", &ProgramPages::PostSongData);
-    on("/LookupMobileNumber.asp", &ProgramPages::LookupMobileNumber);
-    on("/Send.asp", &ProgramPages::Send);
-    on("/AnnouncementRead.asp", &ProgramPages::AnnouncementRead);
-    on("/UpdateTID.asp", &ProgramPages::UpdateTID);
-    on("/DeleteTID.asp", &ProgramPages::DeleteTID);
-    on("/CheckVersion.asp", &ProgramPages::CheckVersion);
-    on("/qtc/JpegImage.aspx", &ProgramPages::CodePicture);
+    on(wire::kCountryList, &ProgramPages::CountryList);
+    on(wire::kTerminalVendorList, &ProgramPages::VendorList);
+    on(wire::kTerminalTypeList, &ProgramPages::ModelList);
+    on(wire::kServiceProviderList, &ProgramPages::ProviderList);
+    on(wire::kLogin, &ProgramPages::Login);
+    on(wire::kAddCustomer, &ProgramPages::AddCustomer);
+    on(wire::kActivateCustomer, &ProgramPages::ActivateCustomer);
+    on(wire::kReferFriends, &ProgramPages::ReferFriends);
+    on(wire::kPostSongData, &ProgramPages::PostSongData);
+    on(wire::kLookupMobileNumber, &ProgramPages::LookupMobileNumber);
+    on(wire::kSend, &ProgramPages::Send);
+    on(wire::kAnnouncementRead, &ProgramPages::AnnouncementRead);
+    on(wire::kUpdateTID, &ProgramPages::UpdateTID);
+    on(wire::kDeleteTID, &ProgramPages::DeleteTID);
+    on(wire::kCheckVersion, &ProgramPages::CheckVersion);
+    on(wire::kCodePicture, &ProgramPages::CodePicture);
 }
 
 void ProgramPages::CountryList(const Request&, Response& res)

@@ -5,18 +5,6 @@
 #include <QString>
 #include <QStringDecoder>
 
-namespace {
-using wire::kWindows1252High;
-
-char ToAnsiByte(char16_t c)
-{
-    if (c == 0)
-        return 0;
-    const unsigned char b = wire::Windows1252Byte(c);
-    return b ? static_cast<char>(b) : '?';
-}
-}  // namespace
-
 namespace text {
 std::string FromWire(const std::string& bytes)
 {
@@ -26,13 +14,8 @@ std::string FromWire(const std::string& bytes)
         return bytes;
     QString out;
     out.reserve(static_cast<qsizetype>(bytes.size()));
-    for (const char ch : bytes) {
-        const auto b = static_cast<unsigned char>(ch);
-        if (b >= 0x80 && b < 0xA0)
-            out += QChar(kWindows1252High[b - 0x80] ? kWindows1252High[b - 0x80] : u'?');
-        else
-            out += QChar(b);
-    }
+    for (const char ch : bytes)
+        out += QChar(wire::Windows1252Char(static_cast<unsigned char>(ch)));
     return out.toStdString();
 }
 
@@ -42,7 +25,7 @@ std::string ToWire(const std::string& utf8)
     std::string out;
     out.reserve(static_cast<size_t>(s.size()));
     for (const QChar c : s)
-        out += ToAnsiByte(c.unicode());
+        out += static_cast<char>(wire::Windows1252Byte(c.unicode()));
     return out;
 }
 

@@ -4,6 +4,8 @@
 #include "PasswordHash.h"
 #include "Store.h"
 #include "Text.h"
+#include "wire/Pages.h"
+#include "wire/ToneFormats.h"
 #include "wire/ToneUpload.h"
 
 #include <QString>
@@ -11,7 +13,6 @@
 #include <httplib.h>
 #include <filesystem>
 #include <fstream>
-#include <map>
 #include <optional>
 
 using namespace page;
@@ -34,15 +35,6 @@ int HexValue(char c)
     if (c >= 'a' && c <= 'f') return c - 'a' + 10;
     if (c >= 'A' && c <= 'F') return c - 'A' + 10;
     return -1;
-}
-
-// Tone formats the program sends: content type -> file extension.
-const std::map<std::string, std::string>& ToneTypes()
-{
-    static const std::map<std::string, std::string> types = {
-        {"audio/wav", "wav"}, {"audio/amr-wb", "amr"}, {"audio/amr", "amr"},
-        {"audio/mpeg", "mp3"}, {"audio/aac", "aac"},   {"audio/qcelp", "qcp"}};
-    return types;
 }
 
 struct ToneRecord {
@@ -228,9 +220,9 @@ private:
         if (!mCustomer)
             throw Refusal{1, "Invalid mobile number or password"};
         const auto record = ReadToneRecord(xml);
-        const auto type = record ? ToneTypes().find(record->contentType) : ToneTypes().end();
-        if (!record || type == ToneTypes().end() || record->mobileNumber != mobile || record->filename.empty() ||
-            record->filename.find_first_of("/\\") != std::string::npos || Extension(record->filename) != type->second)
+        const wire::ToneFormat* format = record ? wire::ToneFormatOfType(record->contentType) : nullptr;
+        if (!format || record->mobileNumber != mobile || record->filename.empty() ||
+            record->filename.find_first_of("/\\") != std::string::npos || Extension(record->filename) != format->extension)
             throw Refusal{2, "The tone record does not describe a tone"};
         mTone.customerId = mCustomer->id;
         mTone.contentType = record->contentType;
@@ -245,7 +237,7 @@ private:
         // A shared store keeps the bytes themselves, which every process serves.
         if (mStore.KeepsToneBytes())
             return;
-        mTone.path = mToneFolder + "/" + mTone.token + "." + type->second;
+        mTone.path = mToneFolder + "/" + mTone.token + "." + std::string(format->extension);
         mPartPath = mTone.path + ".part";
         mFile.open(mPartPath, std::ios::binary | std::ios::trunc);
         if (!mFile)
@@ -320,7 +312,7 @@ void ToneTransfer::Register(httplib::Server& server)
 {
     server.Get(R"(/tones/([0-9a-f]{32}))",
                Guarded([this](const Request& req, Response& res) { DownloadTone(req, res); }));
-    server.Post("/SendT2.asp", [this](const Request& req, Response& res, const httplib::ContentReader& reader) {
+    server.Post(Route(wire::kToneUpload), [this](const Request& req, Response& res, const httplib::ContentReader& reader) {
         std::string reply;
         try {
             Upload upload(mStore, mAccounts, mToneFolder, mBase, req.remote_addr);

@@ -5,8 +5,10 @@
 #include "Certificate.h"
 #include "DataFolder.h"
 #include "Listener.h"
+#include "PageKit.h"
 #include "Pages.h"
 #include "Store.h"
+#include "wire/Pages.h"
 
 #include <QFile>
 #include <QGuiApplication>
@@ -173,7 +175,7 @@ int main(int argc, char** argv)
         Listener listener(router, limits);
         // The program reads an upload's refusal from its fields; anything
         // shorter it would count as delivered.
-        listener.LimitPage("/SendT2.asp", ToneTransfer::kMaxBody, [](const Refusal& refusal) {
+        listener.LimitPage(page::Route(wire::kToneUpload), ToneTransfer::kMaxBody, [](const Refusal& refusal) {
             return Refusal{200, ToneTransfer::RefusalReply(refusal.status == 413 ? 5 : 4, refusal.text)};
         });
         const int port = listener.Bind(options.host, options.port);

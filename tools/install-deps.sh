@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(
   # toolchain
-  build-essential cmake ninja-build pkg-config git
+  build-essential cmake ninja-build pkg-config git ccache
   # interface, audio devices, network, settings, XML
   qt6-base-dev qt6-base-dev-tools qt6-multimedia-dev libgl-dev
   qt6-qpa-plugins libqt6multimedia6
@@ -29,7 +29,7 @@ packages=(
   # checking the install tree and the packages
   desktop-file-utils file curl dpkg-dev
   # driving the installed program as a user does
-  xdotool imagemagick
+  xdotool x11-utils imagemagick
   # the skin's rounded face
   fonts-comfortaa
 )

@@ -3,12 +3,12 @@
 #include "core/CError.h"
 #include "core/MsgBox.h"
 #include "core/SettingSwitch.h"
-#include "core/globals.h"
 #include "core/modCommon.h"
 #include "core/numbers.h"
 #include "platform/AudioConversion.h"
 #include "platform/NCTAudioCDGrabber2.h"
 #include "platform/NCTAudioPlayer2.h"
+#include "wire/ToneFormats.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -18,9 +18,11 @@ namespace {
 constexpr double kFadeSeconds = 1.0;
 constexpr double kNoFadeUpTo = 5.0;
 const QString kDefaultBoost = QStringLiteral("3");
+constexpr int kBitsPerSample = 16;  // every tone's, wave and AMR alike
 constexpr int16_t kBlocksPerRead = 26;  // a third of a second: a feed never stalls the window
 
-void convertToAmr(const QString& source, const QString& target, int32_t format, bool fadeIn, bool fadeOut)
+void convertToAmr(const QString& source, const QString& target, const wire::EncoderTarget& tone, bool fadeIn,
+                  bool fadeOut)
 {
     AudioFileConverter converter;
     converter.Open(source);
@@ -41,24 +43,24 @@ void convertToAmr(const QString& source, const QString& target, int32_t format, 
     if (!numeric)
         boost = kDefaultBoost;
     job.VolumeBoost(boost.toDouble());
-    settings.BitRate = format == 1 ? 12200 : 19850;
-    settings.Channels = 1;
+    settings.BitRate = tone.bitRate;
+    settings.Channels = tone.channels;
     settings.EncoderParameterA = 2;
-    settings.BitsPerSample = 16;
+    settings.BitsPerSample = kBitsPerSample;
     settings.EncoderParameterB = 64000;
     job.Run(settings);
 }
 
 // Copies the samples through; no fades, no boost.
-void copySamples(const QString& sourcePath, const QString& targetPath, int32_t format)
+void copySamples(const QString& sourcePath, const QString& targetPath, const wire::EncoderTarget& tone)
 {
     AudioFileStream source;
     AudioFileStream target;
     source.Open(sourcePath, 0, 1);
-    if (format == 6)
-        target.SetWaveOutput(16000, 1, 16);
+    if (tone.codec == wire::Codec::Wave)
+        target.SetWaveOutput(tone.sampleRate, tone.channels, kBitsPerSample);
     else
-        target.SetMp3Output(16000, 24, 1);
+        target.SetMp3Output(tone.sampleRate, tone.bitRate / 1000, tone.channels);
     target.Create(targetPath, 0);
     target.SetInputFormat(source.SampleRate(), source.Channels());
     target.WriteAllOf(source);
@@ -71,18 +73,20 @@ void CDManager::ConvertAudio(QString& SourceFile, QString& TargetFilename, int32
 {
     const bool fadeIn = GetAppSwitch(QStringLiteral("FadeIn"));
     const bool fadeOut = GetAppSwitch(QStringLiteral("FadeOut"));
+    const wire::ToneFormat* format = wire::ToneFormatNumbered(PreferredFormat);
+    const wire::EncoderTarget tone = format ? format->target : wire::EncoderTarget{.codec = wire::Codec::None};
     try {
-        switch (PreferredFormat) {
-        case 1:
-        case 2:
-            convertToAmr(SourceFile, TargetFilename, PreferredFormat, fadeIn, fadeOut);
+        switch (tone.codec) {
+        case wire::Codec::AmrNarrowband:
+        case wire::Codec::AmrWideband:
+            convertToAmr(SourceFile, TargetFilename, tone, fadeIn, fadeOut);
             break;
-        case 5:
-        case 6:
-            copySamples(SourceFile, TargetFilename, PreferredFormat);
+        case wire::Codec::Mp3:
+        case wire::Codec::Wave:
+            copySamples(SourceFile, TargetFilename, tone);
             break;
-        default:
-            return;  // QCELP, AAC and unknown values make nothing here
+        case wire::Codec::None:
+            return;  // QCELP, AAC and unknown numbers make nothing here
         }
     } catch (const CError& e) {
         MsgBox(QStringLiteral("ConvertAudio: ") + e.Description());
@@ -142,7 +146,7 @@ void CDManager::LoadTracks()
     mlngQueryStatus = 0;
     ResumeNext(err, [&] { grabber.ReadContents(); });
     ResumeNext(err, [&] { grabber.QueryFreeDB(settings, 0); });
-    // The lookup's own time-out ends it; the window stays alive meanwhile.
+    // The grabber ends the lookup by its deadline; the window stays alive meanwhile.
     while (mlngQueryStatus != -1 && mlngQueryStatus != -2 && mlngQueryStatus != 3)
         QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
     mstrCDArtist = grabber.DiscArtist();
@@ -156,6 +160,8 @@ void CDManager::LoadTracks()
             ResumeNext(err, [&] {
                 CDTrack track;
                 grabber.SelectTrack(t);
+                if (!grabber.TrackIsAudio())
+                    return;  // keeps its number: the rows count as the disc does
                 track.SessionInd = static_cast<int16_t>(s * 100 + t);
                 track.TrackName = grabber.TrackTitle();
                 track.duration = CDTrackDuration(grabber.TrackMinutes(), grabber.TrackSeconds());
@@ -254,6 +260,8 @@ void CDManager::CleanUp()
     mobjAudioPlayer.reset();
     mobjAudioCDGrabber2.reset();
 }
+
+CDManager* gobjCDManager = nullptr;
 
 CDManager* TheCDManager()
 {

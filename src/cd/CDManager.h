@@ -65,6 +65,9 @@ private:
     std::unique_ptr<NCTAudioPlayer2> mobjAudioPlayer;
 };
 
+// The one CDManager of the run; null until TheCDManager first makes it (tests
+// delete and clear it between cases).
+extern CDManager* gobjCDManager;
 // gobjCDManager, made on first use.
 CDManager* TheCDManager();
 // The wait between steps that lets the drive settle: a pause, then pending events.

@@ -7,6 +7,7 @@
 #include "core/modCommon.h"
 #include "core/MainWindow.h"
 #include "core/twips.h"
+#include "platform/SoundOutput.h"
 #include "skin/CClickLabel.h"
 #include "skin/CPictureButton.h"
 #include "skin/SkinStyle.h"
@@ -205,6 +206,8 @@ void frmRipCD::Playing()
     lvwTracks->viewport()->update();
     if (selected < 0)
         return;
+    if (!SoundOutputAvailable())
+        return void(ShowMessageWindow(QStringLiteral("frmNoSoundOutput")));
     setBold(selected, true);
     mobjCDManager->PlaySelectedTrack(static_cast<int16_t>(lvwTracks->currentItem()->data(0, Qt::UserRole).toInt()));
     mintPlayingIndex = static_cast<int16_t>(selected);

@@ -8,12 +8,15 @@
 #include "core/numbers.h"
 #include "core/twips.h"
 #include "platform/NCTAudioCDGrabber2.h"
+#include "skin/CDialog.h"
+#include "skin/frmGenericOKDialog.h"
 #include "skin/CPictureButton.h"
 #include "skin/SkinStyle.h"
 #include "skin/frmMessage.h"
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFile>
 #include <QLabel>
 #include <QPainter>
 #include <QTimer>
@@ -116,20 +119,22 @@ void frmRipping::RipTrack()
                 &frmRipping::mobjAudioCDGrabber2_OperationProgress);
         connect(mobjAudioCDGrabber2.get(), &NCTAudioCDGrabber2::FreeDBQueryStatus, this,
                 &frmRipping::mobjAudioCDGrabber2_FreeDBQueryStatus);
+        connect(mobjAudioCDGrabber2.get(), &NCTAudioCDGrabber2::OperationFailed, this,
+                [this] { mbRipFailed = true; });
     } catch (const CError& e) {
         mstrRippedFile.clear();
         MsgBox(e.Description());
         return;
     }
-    // From here a failing call is skipped; a rip that fails never reaches 100,
-    // and the user leaves it with Cancel.
+    // From here a failing call is skipped; a track that cannot be read ends
+    // the rip with a word to the user.
     NCTAudioCDGrabber2& grabber = *mobjAudioCDGrabber2;
     ErrObject err;
     ResumeNext(err, [&] { grabber.Open(); });
     grabber.GrabOptionA(1);
     grabber.GrabOptionC(1);
     PauseAndPump(100);
-    mbRipCancelled = false;
+    // A cancel confirmed before this point is kept: nothing is ripped then.
     mbRipFinished = false;
     mbRipping = true;
     const CDTrackPlace place = SplitSessionInd(RipTrackIndex);
@@ -137,10 +142,11 @@ void frmRipping::RipTrack()
     ResumeNext(err, [&] { grabber.SelectTrack(place.track); });
     mbRipStarted = true;
     mstrRippedFile = QDir(GetTempFolder()).filePath(CreateUniqueName() + QStringLiteral(".mp3"));
-    ResumeNext(err, [&] { grabber.RipToFile(mstrRippedFile); });
-    // Progress and the cancel arrive as events; waiting for the next one
-    // costs nothing while the grabber works.
-    while (!mbRipFinished && !mbRipCancelled)
+    if (!mbRipCancelled)
+        ResumeNext(err, [&] { grabber.RipToFile(mstrRippedFile); });
+    // Progress, a failure and the cancel arrive as events; waiting for the
+    // next one costs nothing while the grabber works.
+    while (!mbRipFinished && !mbRipCancelled && !mbRipFailed)
         QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
     if (mbRipCancelled) {
         mstrRippedFile.clear();
@@ -150,6 +156,12 @@ void frmRipping::RipTrack()
     grabber.Close();
     PauseAndPump(100);
     mobjAudioCDGrabber2.reset();
+    if (mbRipFailed && !mbRipCancelled) {
+        // Half a track is no use to anyone: it goes.
+        QFile::remove(mstrRippedFile);
+        mstrRippedFile.clear();
+        CDialog().Display(kTrackUnreadable, true, this);
+    }
     Tag = mstrRippedFile;
     Hide();
 }
@@ -172,6 +184,17 @@ void frmRipping::mobjAudioCDGrabber2_OperationProgress(double progress)
 
 void frmRipping::imgCancel_Released()
 {
-    if (ShowMessageWindow(QStringLiteral("frmCancelRip")) == QLatin1String("Q"))
-        mbRipCancelled = true;
+    // The rip waits for the answer, so a confirmed cancel always comes first.
+    const bool waiting = tmrStartRip->isActive();
+    tmrStartRip->stop();
+    if (ShowMessageWindow(QStringLiteral("frmCancelRip")) != QLatin1String("Q")) {
+        if (waiting)
+            tmrStartRip->start();
+        return;
+    }
+    mbRipCancelled = true;
+    if (waiting) {
+        Tag.clear();
+        Hide();
+    }
 }

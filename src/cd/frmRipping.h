@@ -11,6 +11,8 @@
 #include <memory>
 
 class NCTAudioCDGrabber2;
+
+inline const QString kTrackUnreadable = QStringLiteral("This track could not be read from the CD. Clean the disc and try again.");
 class QTimer;
 
 class frmRipping : public CSkinWindow {
@@ -40,6 +42,7 @@ private:
     bool mbRipStarted = false;
     bool mbRipCancelled = false;
     bool mbRipFinished = false;
+    bool mbRipFailed = false;  // a sector could not be read
     int32_t mlngQueryStatus = 0;  // kept: no lookup happens here
     int mintFrame = 0;
     QList<QPixmap> picRippingAnimation;

@@ -12,7 +12,6 @@ bool gbSignUpActive = false;
 bool gbSearchRunning = false;
 QString gstrMyMusicPath;
 QString gstrMachineKey;
-CDManager* gobjCDManager = nullptr;
 QStringList gstrProviders;
 
 void ResetGlobals()

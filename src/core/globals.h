@@ -5,8 +5,6 @@
 #include <QStringList>
 #include <cstdint>
 
-class CDManager;
-
 // Session values
 extern QString gstrCustomerID;
 extern QString gstrMobileNumber;
@@ -21,7 +19,6 @@ extern bool gbSignUpActive;
 extern bool gbSearchRunning;
 extern QString gstrMyMusicPath;
 extern QString gstrMachineKey;
-extern CDManager* gobjCDManager;  // made on first use, kept for the run
 extern QStringList gstrProviders;
 
 // Puts every value of the block back to its start-of-run state (tests).

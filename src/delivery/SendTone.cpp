@@ -2,6 +2,7 @@
 
 #include "cd/CDManager.h"
 #include "core/CError.h"
+#include "core/MainWindow.h"
 #include "core/MsgBox.h"
 #include "core/globals.h"
 #include "core/modCommon.h"
@@ -9,13 +10,11 @@
 #include "core/seams.h"
 #include "delivery/CQueueManager.h"
 #include "delivery/ToneFormats.h"
+#include "delivery/ToneSizeLimit.h"
 #include "delivery/ToneUpload.h"
 #include "delivery/frmUploadingTone.h"
-#include "platform/AudioEditor2.h"
 #include "service/CHTTPCall.h"
 #include "skin/CDialog.h"
-#include "skin/CPictureButton.h"
-#include "skin/ControlTag.h"
 #include "skin/frmGenericOKDialog.h"
 #include "skin/frmMessage.h"
 #include "wire/Pages.h"
@@ -23,7 +22,6 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
-#include <QLabel>
 #include <QThread>
 
 namespace {
@@ -71,11 +69,7 @@ void reportSong(SendToneHost& host)
 void sent(SendToneHost& host, bool report)
 {
     ShowMessageWindow(QStringLiteral("frmSent"));
-    QLabel* status = host.SoundFileLabel();
-    QFont font = status->font();
-    font.setBold(false);
-    status->setFont(font);
-    host.SetStatusText(kSent);
+    host.ShowSent(kSent);
     if (report)
         reportSong(host);
     if (gintFreeQuills > 0)
@@ -96,7 +90,7 @@ void sendByTunnel(SendToneHost& host, CDialog& dialog, const QString& contentTyp
 void sendDirect(SendToneHost& host, CDialog& dialog, const QString& contentType, const QString& toneFile)
 {
     dialog.HideForm();
-    frmUploadingTone& uploading = UploadingToneWindow(host.HostWindow());
+    frmUploadingTone& uploading = UploadingToneWindow(MainWindow());
     uploading.Show(false);
     QCoreApplication::processEvents();
     QThread::msleep(10);
@@ -113,7 +107,7 @@ void sendDirect(SendToneHost& host, CDialog& dialog, const QString& contentType,
     for (;;) {
         const QString reply = http.SendHTTP(url, false, body, QString(), kServiceTimeOut);
         if (UploadReplyEndsLoop(reply)) {
-            SetControlTag(host.LastUrlLabel(), reply);
+            host.KeepLastReply(reply);
             break;
         }
         if (++attempts >= kUploadPasses)
@@ -140,44 +134,33 @@ void sendDirect(SendToneHost& host, CDialog& dialog, const QString& contentType,
 void SendTone(SendToneHost& host)
 {
     CDialog dialog;
-    QWidget* window = host.HostWindow();
-    AudioEditor2* editor = host.HostEditor();
-    QLabel* status = host.SoundFileLabel();
+    // The notices stand over the main window, which a failure brings back to view.
+    QWidget* window = MainWindow();
     try {
         // Preparation.
-        SetFormEnabled(window, false);
+        host.SetBusy(true);
         SetMousePointer(vbDefault);
-        const QString savedCaption = status->text();
+        const QString savedCaption = host.StatusText();
 
-        // A file that failed to open leaves its path behind but no sound to cut.
-        if (host.CurrentFile().isEmpty() || editor->TotalSamples() == 0) {
+        if (host.CurrentFile().isEmpty()) {
             ShowMessageWindow(QStringLiteral("frmNoToneSelected"));
-            SetFormEnabled(window, true);
+            host.SetBusy(false);
             return;
         }
 
-        int32_t length = 0;
-        if (host.Trimmed()) {
-            const int32_t viewStart = editor->ViewStart();
-            const int32_t viewEnd = editor->ViewEnd();
-            length = viewEnd - viewStart;
-            editor->SetShowSelection(true);
-            editor->SetPlayPosition(viewStart);
-            editor->SetSelectionStart(viewStart);
-            editor->SetSelectionEnd(viewEnd);
-        } else {
-            length = editor->SelectionEnd() - editor->SelectionStart();
-            if (length == 0) {
-                ShowMessageWindow(QStringLiteral("frmToneNotTrimmed"));
-                SetFormEnabled(window, true);
-                return;
-            }
+        const ToneMarks part = host.MarkedPart();
+        if (!host.Trimmed() && part.Length() == 0) {
+            ShowMessageWindow(QStringLiteral("frmToneNotTrimmed"));
+            host.SetBusy(false);
+            return;
         }
 
         if (!QFileInfo::exists(host.CurrentFile())) {
-            window->show();
+            if (window)
+                window->show();
             dialog.Display(QStringLiteral("Open a music file or select one from 'My Music'"), true, window);
-            SetFormEnabled(window, true);
+            host.SoundGone();
+            host.SetBusy(false);
             return;
         }
 
@@ -191,11 +174,11 @@ void SendTone(SendToneHost& host)
                     ShowMessageWindow(QStringLiteral("frmConfirmDeleteTone")) != QLatin1String("Q")) {
                     queue.DeleteQueuedTone();
                     deletedPending = true;
-                    SetFormEnabled(window, true);
+                    host.SetBusy(false);
                 }
                 // A new tone follows a pending one only once the user deleted it.
                 if (!deletedPending) {
-                    SetFormEnabled(window, true);
+                    host.SetBusy(false);
                     return;
                 }
             }
@@ -203,14 +186,12 @@ void SendTone(SendToneHost& host)
 
         dialog.Display(QStringLiteral("Quillo Tone is preparing your ringtone. This will only take a few moments..."),
                        false, window);
-        SetControlTag(status, status->text());
 
         const QString previewFile = PreviewFilePath();
         if (QFileInfo::exists(previewFile))
             forceDelete(previewFile);
-        host.SetLoadStage(2);
         // A trimmed sound cut to nothing is saved whole.
-        editor->SaveToFile(previewFile, length != 0, AudioEditor2::FormatMp3);
+        host.WriteCut(previewFile, part.Length() != 0);
 
         dialog.Update(QStringLiteral("Quillo Tone is nearly there..."));
         QCoreApplication::processEvents();
@@ -228,12 +209,11 @@ void SendTone(SendToneHost& host)
         moveFile(convertedFile, toneFile);
 
         bool goOn = true;
-        host.CheckToneSize(toneFile, goOn);
+        CheckToneSize(toneFile, goOn);
         if (!goOn) {
             host.SetStatusText(kReady);
             dialog.HideForm();
-            SetFormEnabled(window, true);
-            host.ClearBusy();
+            host.SetBusy(false);
             return;
         }
         dialog.HideForm();
@@ -242,8 +222,7 @@ void SendTone(SendToneHost& host)
                                                                       : QStringLiteral("frmAboutToUseFreeQuill"));
         if (consent == QLatin1String("Q")) {
             host.SetStatusText(savedCaption);
-            SetFormEnabled(window, true);
-            host.ClearBusy();
+            host.SetBusy(false);
             return;
         }
 
@@ -254,12 +233,12 @@ void SendTone(SendToneHost& host)
             sendDirect(host, dialog, format.contentType, toneFile);
 
         host.SetStatusText(kReady);
-        SetFormEnabled(window, true);
-        host.ClearBusy();
+        host.SetBusy(false);
     } catch (const CError& e) {
         // No line numbers are kept, so the line the message names is 0.
-        window->show();
+        if (window)
+            window->show();
         MsgBox(QStringLiteral("Send: ") + e.Description() + QStringLiteral(" 0"));
-        SetFormEnabled(window, true);
+        host.SetBusy(false);
     }
 }

@@ -1,12 +1,11 @@
 #pragma once
-// The one table that turns the phone's format word from the login into what
-// a send needs: the conversion number, the scratch name, the content type and
-// the extension; and the names of the tone's files.
+// What a send needs of the phone's format word from the login (the table is
+// wire/ToneFormats.h): the conversion number, the scratch name, the content
+// type and the extension; and the names of the tone's files.
 #include <QDateTime>
 #include <QString>
 
 struct ToneFormat {
-    QString word;            // as the service names it; empty on the fallback row
     int preferredFormat;     // the number ConvertAudio takes
     QString convertedName;   // in the temporary folder
     QString contentType;
@@ -14,7 +13,7 @@ struct ToneFormat {
 };
 
 // Exact, case-sensitive match in table order; any other word takes the last row.
-const ToneFormat& ToneFormatFor(const QString& preferredFormat);
+ToneFormat ToneFormatFor(const QString& preferredFormat);
 
 // The cut the editor writes: temporary folder + "preview.mp3".
 QString PreviewFilePath();

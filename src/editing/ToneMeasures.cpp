@@ -31,21 +31,3 @@ QString PositionCaption(int32_t positionSeconds, float trimOffset)
     const float shown = static_cast<float>(positionSeconds) - trimOffset;
     return minutesAndSeconds(RoundToEven(shown), 2);
 }
-
-std::optional<int64_t> MaxToneSizeLimit(const QString& setting)
-{
-    if (setting == QLatin1String("50 KB"))
-        return 51200;
-    if (setting == QLatin1String("100 KB"))
-        return 102400;
-    if (setting == QLatin1String("150 KB"))
-        return 153600;
-    if (setting == QLatin1String("200 KB"))
-        return 204800;
-    if (setting == QLatin1String("500 KB"))
-        return 512000;
-    if (setting == QLatin1String("Unlimited"))
-        return std::nullopt;
-    // Not the 153600 of "150 KB": the default is a round 150000 on purpose.
-    return 150000;
-}

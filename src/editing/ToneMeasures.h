@@ -1,10 +1,9 @@
 #pragma once
 // What the user reads about the tone: its length, its estimated size and the
-// play position, and the size limit of "MaxToneSize". The main window and the
-// zoom editor show the same captions from the same rules.
+// play position. The main window and the zoom editor show the same captions
+// from the same rules.
 #include <QString>
 #include <cstdint>
-#include <optional>
 
 // Label forms that differ on purpose: keep each as it is.
 inline const QString kSongLengthEmpty = QStringLiteral("00m 00s");
@@ -23,6 +22,3 @@ QString LengthCaption(float seconds);
 QString ToneSizeCaption(float seconds);
 // "MMm SSs": the play position, seconds counted from the trimmed part's start.
 QString PositionCaption(int32_t positionSeconds, float trimOffset);
-
-// The limit in bytes for a "MaxToneSize" value; none for "Unlimited".
-std::optional<int64_t> MaxToneSizeLimit(const QString& setting);

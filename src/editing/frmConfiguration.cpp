@@ -2,6 +2,7 @@
 
 #include "core/SettingSwitch.h"
 #include "core/modCommon.h"
+#include "delivery/ToneSizeLimit.h"
 #include "platform/NCTAudioRecord2.h"
 #include "skin/CPictureButton.h"
 #include "skin/SkinStyle.h"
@@ -11,8 +12,6 @@
 #include <algorithm>
 
 namespace {
-const QStringList kToneSizes = {QStringLiteral("50 KB"),  QStringLiteral("100 KB"), QStringLiteral("150 KB"),
-                                QStringLiteral("200 KB"), QStringLiteral("500 KB"), QStringLiteral("Unlimited")};
 
 SkinLabel caption(const char* words, QRect rect)
 {
@@ -67,9 +66,11 @@ void frmConfiguration::Form_Load()
 
     CenterOnScreen(this);
     LoadSoundDevices();
-    cmbMaxToneSize->addItems(kToneSizes);
-    cmbMaxToneSize->setCurrentIndex(std::max(0, static_cast<int>(kToneSizes.indexOf(
-                                                    GetAppSetting(QStringLiteral("MaxToneSize"), kSettings)))));
+    for (const ToneSizeWord& size : ToneSizeWords())
+        cmbMaxToneSize->addItem(size.words);
+    // An absent or unknown setting leaves the first entry.
+    cmbMaxToneSize->setCurrentIndex(
+        std::max(0, cmbMaxToneSize->findText(GetAppSetting(QStringLiteral("MaxToneSize"), kSettings))));
     cbFadeOut->setChecked(GetAppSwitch(QStringLiteral("FadeOut")));
     cbFadeIn->setChecked(GetAppSwitch(QStringLiteral("FadeIn")));
 }
@@ -79,20 +80,19 @@ void frmConfiguration::LoadSoundDevices()
     NCTAudioRecord2 recorder;
     if (recorder.DeviceCount() < 1)
         return;
-    int remembered = recorder.CurrentDevice();
-    int lastAdded = -1;
+    const int remembered = recorder.CurrentDevice();
     // Up to and including DeviceCount: the one beyond is simply not usable.
     for (int number = 0; number <= recorder.DeviceCount(); ++number) {
         recorder.SetCurrentDevice(number);
-        if (recorder.DeviceUsable()) {
+        if (recorder.DeviceUsable())
             cmbSoundDevices->addItem(recorder.DeviceName(), number);
-            lastAdded = cmbSoundDevices->count() - 1;
-        }
     }
-    if (remembered > lastAdded)
-        remembered = lastAdded;
     recorder.SetCurrentDevice(remembered);
-    cmbSoundDevices->setCurrentIndex(remembered);
+    // The entry of that device, found by its number: an unusable device
+    // before it has no entry, so list positions are no device numbers. An
+    // unusable current device shows the last entry.
+    const int entry = cmbSoundDevices->findData(remembered);
+    cmbSoundDevices->setCurrentIndex(entry >= 0 ? entry : cmbSoundDevices->count() - 1);
 }
 
 void frmConfiguration::Command2_Click()

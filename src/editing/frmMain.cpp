@@ -6,28 +6,24 @@
 #include "core/modCommon.h"
 #include "core/modStartup.h"
 #include "core/numbers.h"
-#include "core/seams.h"
 #include "core/twips.h"
 #include "cd/frmRipCD.h"
 #include "cd/modCDChecking.h"
 #include "editing/CAudioRecorder.h"
-#include "editing/ToneView.h"
+#include "editing/MainFace.h"
+#include "editing/ToneMeasures.h"
 #include "editing/frmAbout.h"
 #include "editing/frmConfiguration.h"
 #include "editing/frmZoomEdit.h"
-#include "editing/ToneMeasures.h"
 #include "library/CAudioPlayer.h"
 #include "library/frmMyMusic2.h"
-#include "platform/AudioDecoder.h"
 #include "platform/AudioEditor2.h"
 #include "platform/NCTAmpBar2.h"
 #include "platform/NCTSliderB2.h"
 #include "service/CFreeQuills.h"
 #include "skin/CClickLabel.h"
-#include "skin/CDialog.h"
 #include "skin/CPictureButton.h"
 #include "skin/ControlTag.h"
-#include "skin/frmGenericOKDialog.h"
 #include "skin/SkinStyle.h"
 #include "skin/frmMessage.h"
 
@@ -38,16 +34,11 @@
 #include <QFileInfo>
 #include <QFileSystemModel>
 #include <QMessageBox>
-#include <QPainter>
-#include <QPainterPath>
 #include <QRegularExpression>
 #include <QStandardPaths>
-#include <QTimer>
 
 namespace {
 const QString kSelectPrompt = QStringLiteral("Select a sound file or rip a CD...");
-const QString kLoadingWords = QStringLiteral("Loading. Please wait (");
-const QString kPreparingWords = QStringLiteral("Preparing ringtone (");
 
 // "Music files (*.mp3, *.wav, *.wma)" -> *.mp3 *.wav *.wma; "*.*" is every file.
 QStringList filterPatterns(const QString& filter)
@@ -63,93 +54,6 @@ QStringList filterPatterns(const QString& filter)
     return patterns;
 }
 
-// The artwork is laid out in twips: 15 to the pixel at 96 DPI.
-QRect tw(int x, int y, int w, int h)
-{
-    return QRect(TwipsToPixelsX(x * 15.0), TwipsToPixelsY(y * 15.0), TwipsToPixelsX(w * 15.0),
-                 TwipsToPixelsY(h * 15.0));
-}
-
-SkinButton button(const char* name, const char* caption, QRect rect, ButtonLook look = ButtonLook::Secondary)
-{
-    return {QString::fromLatin1(name), QString::fromUtf8(caption), look, rect};
-}
-
-SkinLabel text(const char* name, QRect rect, double points = 9, bool bold = false, int align = Qt::AlignLeft | Qt::AlignVCenter)
-{
-    return {QString::fromLatin1(name), rect, LabelKind::Text, {}, points, bold, align};
-}
-
-// A fixed word in front of a measure; its name ends in "Caption".
-SkinLabel caption(const char* words, QRect rect)
-{
-    return {QString::fromUtf8(words) + QStringLiteral("Caption"), rect, LabelKind::Text, QString::fromUtf8(words), 8, false, Qt::AlignLeft | Qt::AlignVCenter};
-}
-
-SkinLabel spot(const char* name, QRect rect, LabelKind kind = LabelKind::HotSpot, const char* caption = "")
-{
-    return {QString::fromLatin1(name), rect, kind, QString::fromUtf8(caption), 9, true,
-            Qt::AlignLeft | Qt::AlignVCenter};
-}
-
-// A thin rule at the left, then a loudspeaker with one sound wave, in the wording's colour.
-QPixmap volumeMark(QSize size)
-{
-    QPixmap mark(size);
-    mark.fill(Qt::transparent);
-    QPainter p(&mark);
-    p.setRenderHint(QPainter::Antialiasing);
-    const QColor ink = skin::TextColour();
-    p.setPen(QPen(QColor(ink.red(), ink.green(), ink.blue(), 80), 1));
-    p.drawLine(QPointF(0.5, 2), QPointF(0.5, size.height() - 2));
-    const double mid = size.height() / 2.0, x = size.width() - 16.5;
-    QPainterPath speaker;
-    speaker.moveTo(x, mid - 2.5);
-    speaker.lineTo(x + 3, mid - 2.5);
-    speaker.lineTo(x + 7, mid - 6);
-    speaker.lineTo(x + 7, mid + 6);
-    speaker.lineTo(x + 3, mid + 2.5);
-    speaker.lineTo(x, mid + 2.5);
-    speaker.closeSubpath();
-    p.setPen(Qt::NoPen);
-    p.setBrush(ink);
-    p.drawPath(speaker);
-    p.setPen(QPen(ink, 1.3));
-    p.setBrush(Qt::NoBrush);
-    p.drawArc(QRectF(x + 5, mid - 4, 6, 8), -50 * 16, 100 * 16);
-    p.drawArc(QRectF(x + 6, mid - 7, 10, 14), -50 * 16, 100 * 16);
-    return mark;
-}
-
-// Both faces share the frame; record mode swaps the editor for the level bars.
-SkinWindowDesc mainFace(bool recordMode)
-{
-    SkinWindowDesc d;
-    d.name = QStringLiteral("frmMain");
-    d.size = QSize(TwipsToPixelsX(6780), TwipsToPixelsY(3380));
-    d.closeMark = true;
-    d.minimizeMark = true;
-    d.bodyRect = tw(0, 0, 1, 1);  // no painted wording: the labels carry it
-    d.buttons = {
-        button("cmdOpen", "Open", tw(14, 178, 46, 34)),
-        button("cmdMyMusic", "Music", tw(60, 178, 50, 34)),
-        button("cmdRip", "CD", tw(110, 178, 38, 34)),
-        button("cmdRecord", "Rec", tw(148, 178, 42, 34)),
-        button("cmdTrim", "Trim", tw(190, 178, 44, 34)),
-        button("cmdReset", "Reset", tw(234, 178, 48, 34)),
-        button("cmdPlay", "Play", tw(282, 178, 44, 34)),
-        button("cmdStop", "Stop", tw(326, 178, 44, 34)),
-        button("cmdSend", "Send", tw(370, 178, 68, 34), ButtonLook::Primary),
-    };
-    if (recordMode) {
-        d.heading = QStringLiteral("Record a sound");
-        d.body = QStringLiteral("Press Start, then play your sound into the microphone or line in. Press Stop when it is done.");
-        d.bodyRect = tw(16, 76, 276, 60);
-        d.buttons << button("imgStartRecording", "Start", tw(300, 96, 64, 34), ButtonLook::Primary)
-                  << button("imgStopRecording", "Stop", tw(370, 96, 64, 34));
-    }
-    return d;
-}
 }  // namespace
 
 frmMain::frmMain()
@@ -170,40 +74,20 @@ CClickLabel* frmMain::hotSpot(const char* name) const
     return findChild<CClickLabel*>(QString::fromLatin1(name));
 }
 
+void frmMain::onRelease(const char* button, const std::function<void()>& handler)
+{
+    CPictureButton* b = Button(QString::fromLatin1(button));
+    connect(b, &CPictureButton::Released, this, [b, handler] {
+        b->ShowRest();
+        handler();
+    });
+}
+
 void frmMain::buildControls()
 {
-    SkinWindowDesc face = mainFace(false);
-    face.labels = {
-        text("lblSoundFile", tw(16, 80, 210, 16), 9.5, true),
-        text("lblUsingTunnel", tw(226, 80, 80, 16), 8),
-        spot("lblFreeQuills", tw(310, 80, 96, 16), LabelKind::Link, "Free quills:"),
-        text("lblFreeQuillCount", tw(406, 80, 30, 16), 9.5, true),
-        caption("Song", tw(16, 158, 30, 16)),
-        text("lblSongLength", tw(49, 158, 52, 16), 9),
-        caption("Tone", tw(104, 158, 30, 16)),
-        text("lblToneLength", tw(137, 158, 44, 16), 9),
-        caption("Size", tw(184, 158, 26, 16)),
-        text("lblToneSize", tw(212, 158, 38, 16), 9),
-        caption("At", tw(254, 158, 15, 16)),
-        text("lblCurrentPosition", tw(271, 158, 49, 16), 9),
-        spot("imgZoom", tw(322, 158, 35, 16), LabelKind::Link, "Zoom"),
-        // The volume stands apart from the zoom link, behind a rule and its speaker mark.
-        text("lblVolumeMark", tw(358, 158, 20, 16)),
-        spot("lblVolumeDown", tw(379, 158, 8, 16), LabelKind::HotSpot, "\u2013"),
-        spot("lblVolumeUp", tw(428, 158, 11, 16), LabelKind::HotSpot, "+"),
-        spot("cmdSignOut", tw(300, 34, 66, 18), LabelKind::Link, "Sign out"),
-        spot("lblSettings", tw(16, 214, 40, 10)),
-        spot("lblAbout", tw(60, 214, 40, 10)),
-        spot("lblLastURL", tw(104, 214, 40, 10)),
-        {QStringLiteral("lblStartRecording"), tw(300, 132, 64, 14), LabelKind::Link, QStringLiteral("record"), 8,
-         false, Qt::AlignCenter},
-        {QStringLiteral("lblStopRecording"), tw(370, 132, 64, 14), LabelKind::Link, QStringLiteral("end take"), 8,
-         false, Qt::AlignCenter},
-    };
-    SkinWindowDesc record = mainFace(true);
-    record.labels = face.labels;
+    const SkinWindowDesc record = MainFace(true);
     mRecordFace = skin::PaintFace(skin::LaidOut(record));
-    mNormalFace = skin::PaintFace(skin::LaidOut(face));
+    mNormalFace = skin::PaintFace(skin::LaidOut(MainFace(false)));
     Build(record);  // the record buttons too; ApplyWindowMode shows the face of the mode
 
     // The two background pictures, kept as the controls that hold them.
@@ -218,15 +102,11 @@ void frmMain::buildControls()
 
     auto* holder = new QWidget(this);
     holder->setObjectName(QStringLiteral("picEditorHolder"));
-    holder->setGeometry(tw(16, 98, 420, 56));
-    AudioEditor21 = new AudioEditor2(holder);
-    AudioEditor21->setObjectName(QStringLiteral("AudioEditor21"));
-    AudioEditor21->setGeometry(holder->rect());
-
-    NCTSliderB21 = new NCTSliderB2(this);
-    NCTSliderB21->setObjectName(QStringLiteral("NCTSliderB21"));
-    NCTSliderB21->setGeometry(tw(387, 158, 40, 16));  // its least width
-    label("lblVolumeMark")->setPixmap(volumeMark(label("lblVolumeMark")->size()));
+    holder->setGeometry(mainface::EditorHolder());
+    mobjTone = new CToneEditor(this, {holder, holder->rect(), mainface::Slider(), QPoint(60, 2655)});
+    AudioEditor21 = mobjTone->AudioEditor21;
+    NCTSliderB21 = mobjTone->NCTSliderB21;
+    label("lblVolumeMark")->setPixmap(VolumeMark(label("lblVolumeMark")->size()));
 
     ampbarLeft = new NCTAmpBar2(this);
     ampbarLeft->setObjectName(QStringLiteral("ampbarLeft"));
@@ -236,12 +116,6 @@ void frmMain::buildControls()
     ampbarLeft->setGeometry(TwipsToPixelsX(285), TwipsToPixelsY(2100), barWidth, TwipsToPixelsY(180));
     ampbarRight->setGeometry(TwipsToPixelsX(285), TwipsToPixelsY(2450), barWidth, TwipsToPixelsY(180));
 
-    auto* loading = new QLabel(this);
-    loading->setObjectName(QStringLiteral("imgLoading"));
-    loading->setGeometry(TwipsToPixelsX(60), TwipsToPixelsY(2655), TwipsToPixelsX(1800), TwipsToPixelsY(240));
-    loading->setText(QStringLiteral("\u231B Loading\u2026"));
-    loading->setFont(skin::Font(8.5, true));
-
     // Covers the controls while the login window stands over the main window.
     auto* backdrop = new QWidget(this);
     backdrop->setObjectName(QStringLiteral("picLoginBackground"));
@@ -250,10 +124,6 @@ void frmMain::buildControls()
     fill.setColor(QPalette::Window, skin::FieldColour());
     backdrop->setPalette(fill);
     backdrop->hide();
-
-    tmrVolume = new QTimer(this);
-    tmrVolume->setObjectName(QStringLiteral("tmrVolume"));
-    tmrVolume->setInterval(100);
 }
 
 void frmMain::Form_Load()
@@ -270,10 +140,8 @@ void frmMain::Form_Load()
         // label when that shows: wrapped, its second line would be cut off.
         for (const char* name : {"lblSoundFile", "lblSongLength", "lblToneLength", "lblToneSize", "lblCurrentPosition"})
             label(name)->setWordWrap(false);
-        label("lblSoundFile")->setGeometry(tw(16, 80, gbUseTunnel ? 210 : 290, 16));
+        label("lblSoundFile")->setGeometry(mainface::SoundFile(gbUseTunnel));
 
-        label("imgLoading")->hide();
-        AudioEditor21->SetAppearance(EditorAppearance{});
         for (const char* name : {"lblClose", "lblMinimize"})
             label(name)->clear();
         // Sign out stands on the title band, in the band's own white.
@@ -281,25 +149,26 @@ void frmMain::Form_Load()
         onBand.setColor(QPalette::WindowText, Qt::white);
         label("cmdSignOut")->setPalette(onBand);
 
-        NCTSliderB21->SetValue(32000);
-        AudioEditor21->SetVolume(NCTSliderB21->Value());
         mobjRecord = std::make_unique<CAudioRecorder>();
         connect(mobjRecord.get(), &CAudioRecorder::Timer, this, &frmMain::mobjRecord_Timer);
         mobjRecordAudioPlayer = std::make_unique<CAudioPlayer>();
 
-        connect(AudioEditor21, &AudioEditor2::OnEditorProgress, this, &frmMain::AudioEditor21_OnEditorProgress);
-        connect(AudioEditor21, &AudioEditor2::OnEditorSelectionChanged, this, [this] { view().SelectionChanged(); });
-        connect(AudioEditor21, &AudioEditor2::OnEditorPositionChanged, this, [this] { view().PositionChanged(); });
-        connect(AudioEditor21, &AudioEditor2::OnEditorPositionSet, this, [this] { view().PositionChanged(); });
+        connect(mobjTone, &CToneEditor::StatusText, this, [this](const QString& text) {
+            SetStatusText(text);
+            label("lblSoundFile")->setEnabled(true);
+        });
         connect(AudioEditor21, &AudioEditor2::OnEditorMouseMove, this, &frmMain::ResetButtonPictures);
-        connect(NCTSliderB21, &NCTSliderB2::OnVolumeSliderMoved, AudioEditor21, &AudioEditor2::SetVolume);
-        connect(tmrVolume, &QTimer::timeout, this, [this] { StepVolume(NCTSliderB21, mintVolumeDirection); });
-        tmrVolume->start();
 
         connect(Button(QStringLiteral("cmdOpen")), &CPictureButton::Released, this, &frmMain::cmdOpen_Released);
-        connect(Button(QStringLiteral("cmdTrim")), &CPictureButton::Released, this, &frmMain::cmdTrim_Released);
-        connect(Button(QStringLiteral("cmdReset")), &CPictureButton::Released, this, &frmMain::cmdReset_Released);
-        connect(Button(QStringLiteral("cmdPlay")), &CPictureButton::Released, this, &frmMain::cmdPlay_Released);
+        onRelease("cmdTrim", [this] {
+            if (!mbRecordMode)
+                mobjTone->Trim();
+        });
+        onRelease("cmdReset", [this] { mobjTone->Reset(); });
+        onRelease("cmdPlay", [this] {
+            if (!mbRecordMode)
+                mobjTone->Play();
+        });
         connect(Button(QStringLiteral("cmdStop")), &CPictureButton::Released, this, &frmMain::cmdStop_Released);
         connect(Button(QStringLiteral("cmdSend")), &CPictureButton::Released, this, &frmMain::cmdSend_Released);
         connect(Button(QStringLiteral("cmdMyMusic")), &CPictureButton::Released, this, &frmMain::cmdMyMusic_Released);
@@ -327,10 +196,6 @@ void frmMain::Form_Load()
         });
         connect(hotSpot("lblMinimize"), &CClickLabel::Click, this, &frmMain::MinimiseWanted);
         connect(hotSpot("lblLastURL"), &CClickLabel::DblClick, this, &frmMain::lblLastURL_DblClick);
-        connect(hotSpot("lblVolumeUp"), &CClickLabel::MouseDown, this, [this] { mintVolumeDirection = 1; });
-        connect(hotSpot("lblVolumeDown"), &CClickLabel::MouseDown, this, [this] { mintVolumeDirection = -1; });
-        for (const char* name : {"lblVolumeUp", "lblVolumeDown"})
-            connect(hotSpot(name), &CClickLabel::MouseUp, this, [this] { mintVolumeDirection = 0; });
 
         RefreshFreeQuillCount();
         ClearToneDisplay();
@@ -394,7 +259,7 @@ void frmMain::ApplyWindowMode()
     for (const char* name : {"SongCaption", "ToneCaption", "SizeCaption", "AtCaption"})
         label(name)->setVisible(!rec);
     // The take's running time stands under the record buttons.
-    label("lblSongLength")->setGeometry(rec ? tw(300, 142, 134, 14) : tw(49, 158, 52, 16));
+    label("lblSongLength")->setGeometry(mainface::SongLength(rec));
     label("lblSongLength")->setAlignment(rec ? Qt::AlignCenter : Qt::AlignLeft | Qt::AlignVCenter);
     ampbarLeft->setVisible(rec);
     ampbarRight->setVisible(rec);
@@ -412,57 +277,40 @@ void frmMain::ApplyWindowMode()
 
 void frmMain::ClearToneDisplay()
 {
+    // No sound stays behind the empty measures: Open cancelled in record mode ends in Empty.
+    mobjTone->Forget();
+    mobjTone->mstrCurrentFile.clear();
     SetStatusText(kSelectPrompt);
     QLabel* status = label("lblSoundFile");
     status->setEnabled(true);
     SetControlTag(status, QString());
-    mstrCurrentFile.clear();
-    label("lblSongLength")->setText(kSongLengthEmpty);
-    label("lblToneLength")->setText(kToneLengthCleared);
-    label("lblToneSize")->setText(kToneSizeCleared);
 }
 
-void frmMain::LoadSoundFile(const QString& path)
+bool frmMain::LoadSoundFile(const QString& path, const QString& caption, CToneEditor::Source source)
 {
-    QLabel* status = label("lblSoundFile");
-    try {
-        mbBusy = true;
-        SetFormEnabled(this, false);
-        label("imgLoading")->show();
-        QCoreApplication::processEvents();
-
-        mintLoadStage = 1;
-        SetStatusText(QStringLiteral("Loading. Please wait (0% complete)"));
-        status->setEnabled(true);
-        QCoreApplication::processEvents();
-
-        LoadIntoEditor(path);
-
-        if (ControlTag(label("lblToneLength")) != QLatin1String("err")) {
-            const QFileInfo file(path);
-            SetStatusText(file.fileName());
-            SetControlTag(status, path);
-            mstrCurrentFile = path;
-            msngFileLength = static_cast<float>(file.size());
-            msngTrimOffset = 0;
-        } else {
-            forgetSound();
-        }
-    } catch (const CError& e) {
-        if (e.Description() == kFormatNotSupported) {
-            SetFormEnabled(this, true);
-            CDialog().Display(QStringLiteral("You selected a non-music file. Please try again."), true, this);
-            forgetSound();
-        }
+    if (!mobjTone->LoadFile(path, source)) {
+        SetStatusText(kSelectPrompt);
+        return false;
     }
-    SetFormEnabled(this, true);
-    mbBusy = false;
-    label("imgLoading")->hide();
+    SetStatusText(caption.isEmpty() ? QFileInfo(path).fileName() : caption);
+    SetControlTag(label("lblSoundFile"), path);
+    return true;
+}
+
+void frmMain::LeaveRecordMode()
+{
+    if (!mbRecordMode)
+        return;
+    StopRecordingNow(true);  // the take is thrown away
+    SetMousePointer(vbDefault);
+    mbRecordMode = false;
+    ApplyWindowMode();
 }
 
 void frmMain::cmdRip_Released()
 {
     try {
+        LeaveRecordMode();
         SetFormEnabled(this, false);
         if (!CDInDrive()) {
             SetMousePointer(vbDefault);
@@ -473,127 +321,22 @@ void frmMain::cmdRip_Released()
             SetMousePointer(vbDefault);
             rip->Show(true);
             const QString path = rip->Tag;
-            if (!path.isEmpty()) {
-                SetFormEnabled(this, false);
-                SetFormEnabled(this, true);
-                SetMousePointer(vbDefault);
-                QLabel* status = label("lblSoundFile");
-                status->setEnabled(true);
-                mintLoadStage = 1;
-                label("imgLoading")->show();
-                SetStatusText(QStringLiteral("Loading. Please wait (0% complete)"));
-                QCoreApplication::processEvents();
-                LoadIntoEditor(path);
-                SetStatusText(rip->SelectedTrackText());
-                SetControlTag(status, path);
-                mstrCurrentFile = path;
-                label("imgLoading")->hide();
-                mbRecordMode = false;
-                ApplyWindowMode();
-            }
+            if (!path.isEmpty())
+                LoadSoundFile(path, rip->SelectedTrackText());
         }
         SetFormEnabled(this, true);
         HideCCDBWait();
-        label("imgLoading")->hide();
         SetMousePointer(vbDefault);
     } catch (const CError& e) {
-        label("imgLoading")->hide();
         show();
         MsgBox(e.Description());
         SetFormEnabled(this, true);
     }
 }
 
-void frmMain::forgetSound()
-{
-    // The user is told that no file is chosen: nothing of the last one may
-    // stay to be played or sent. The path itself stays, as it always has.
-    AudioEditor21->Clear();
-    mbTrimmed = false;
-    msngTrimOffset = 0;
-    SetStatusText(kSelectPrompt);
-    label("lblSongLength")->setText(kSongLengthEmpty);
-    label("lblToneLength")->setText(kToneLengthCleared);
-    label("lblToneSize")->setText(kToneSizeCleared);
-    label("lblCurrentPosition")->setText(kPositionEmpty);
-}
-
-void frmMain::LoadIntoEditor(const QString& path)
-{
-    if (path.isEmpty())
-        return;
-    // The window's own state, not its controls': a load inside a busy phase
-    // therefore ends with every control enabled again.
-    const bool wasEnabled = isEnabled();
-    QLabel* toneLength = label("lblToneLength");
-    try {
-        SetFormEnabled(this, false);
-        label("lblSoundFile")->setEnabled(true);
-        mbBusy = true;
-
-        AudioEditor21->OpenFile(path);
-
-        const float seconds = MillisecondsToSeconds(AudioEditor21->SamplesToMilliseconds(AudioEditor21->TotalSamples()));
-        const QString length = LengthCaption(seconds);
-        label("lblSongLength")->setText(length);
-        toneLength->setText(length);
-        SetControlTag(toneLength, length);
-
-        // Nothing of the last sound's trim and selection is left standing.
-        msngTrimOffset = 0;
-        mbTrimmed = false;
-        label("lblToneSize")->setText(kToneSizeCleared);
-        label("lblCurrentPosition")->setText(kPositionEmpty);
-        AudioEditor21->SetShowSelection(false);
-        AudioEditor21->SetPlayPosition(0);
-        msngFileLength = static_cast<float>(QFileInfo(path).size());
-        SetFormEnabled(this, wasEnabled);
-        mbBusy = false;
-    } catch (const CError& e) {
-        SetMousePointer(vbDefault);
-        if (e.Description() == kFileEmptyOrDamaged) {
-            // Telling of other formats would mislead: this one may be an MP3 of no use.
-            CDialog().Display(QStringLiteral("This file is empty or damaged: there is no sound in it to open. "
-                                             "Please choose another file."),
-                              true, this);
-        } else {
-            ShowMessageWindow(QStringLiteral("frmInvalidFileFormat"));
-        }
-        SetControlTag(toneLength, QStringLiteral("err"));
-        mbBusy = false;
-        SetFormEnabled(this, wasEnabled);
-    }
-}
-
-void frmMain::AudioEditor21_OnEditorProgress(int percent)
-{
-    mbBusy = true;
-    if (mintLoadStage == 1 || mintLoadStage == 2) {
-        SetStatusText((mintLoadStage == 1 ? kLoadingWords : kPreparingWords) + QString::number(percent) +
-                      QStringLiteral("% complete)"));
-        QCoreApplication::processEvents();
-    }
-}
-
-ToneView frmMain::view()
-{
-    return {AudioEditor21, label("lblToneLength"), label("lblToneSize"), label("lblCurrentPosition"),
-            msngTrimOffset, mbResetting, mbTrimmed};
-}
-
 void frmMain::cmdOpen_Released()
 {
-    mbRecordMode = false;
-    ApplyWindowMode();
-    if (mbRecording) {
-        // The take is thrown away: it stays in the scratch folder until the next start.
-        SetMousePointer(vbHourglass);
-        mbRecording = false;
-        ErrObject ignored;
-        ResumeNext(ignored, [this] { mobjRecord->StopRecording(); });
-        SetMousePointer(vbDefault);
-        ApplyWindowMode();
-    }
+    LeaveRecordMode();
 
     // A music folder that does not exist would be offered as a file name.
     QString folder = QStandardPaths::writableLocation(QStandardPaths::MusicLocation);
@@ -614,96 +357,42 @@ void frmMain::cmdOpen_Released()
     }
     if (dialog.exec() == QDialog::Accepted && !dialog.selectedFiles().isEmpty())
         LoadSoundFile(dialog.selectedFiles().first());
-    mbBusy = false;
+    mobjTone->mbBusy = false;
 }
 
 void frmMain::cmdMyMusic_Released()
 {
     QLabel* status = label("lblSoundFile");
     try {
-        if (mbRecordMode)
-            StopRecordingNow(true);  // the take is thrown away
+        LeaveRecordMode();
         SetControlTag(status, status->text());
         SetStatusText(QStringLiteral("Loading 'My Music'...."));
-        AudioEditor21->Stop();
-        mbPlaying = false;
+        mobjTone->Stop();
         SetMousePointer(vbHourglass);
         QCoreApplication::processEvents();
         QCoreApplication::processEvents();
-        if (mbRecordMode) {
-            mbRecordMode = false;
-            ApplyWindowMode();
-        }
 
         auto myMusic = std::make_unique<frmMyMusic2>();
         myMusic->Load();
         SetMousePointer(vbDefault);
         SetStatusText(ControlTag(status));
         myMusic->Show(true);
-        mbBusy = true;
+        mobjTone->mbBusy = true;
         const QString chosen = myMusic->Tag;
-        if (!chosen.isEmpty() && chosen != QLatin1String("Q")) {
-            SetFormEnabled(this, false);
-            mintLoadStage = 1;
-            label("imgLoading")->show();
-            SetStatusText(QStringLiteral("Loading. Please wait (0% complete)"));
-            status->setEnabled(true);
-            QCoreApplication::processEvents();
-            LoadIntoEditor(chosen);
-            // The editor's failure has been shown; the old words stay as they were.
-            if (ControlTag(label("lblToneLength")) != QLatin1String("err")) {
-                SetStatusText(QFileInfo(chosen).fileName());
-                SetControlTag(status, chosen);
-                mstrCurrentFile = chosen;
-            } else {
-                SetStatusText(kSelectPrompt);
-            }
-            label("imgLoading")->hide();
-        }
+        if (!chosen.isEmpty() && chosen != QLatin1String("Q"))
+            LoadSoundFile(chosen);
         // Unloaded whole, its controls at once: nothing of it is left to take the focus.
         myMusic.reset();
-        mbBusy = false;
+        mobjTone->mbBusy = false;
         SetFormEnabled(this, true);
         show();
     } catch (const CError& e) {
-        label("imgLoading")->hide();
         if (e.Description().toLower() == kFormatNotSupported.toLower()) {
             ShowMessageWindow(QStringLiteral("frmInvalidFileFormat"));
         } else {
             MsgBox(e.Description());
         }
     }
-}
-
-void frmMain::cmdTrim_Released()
-{
-    Button(QStringLiteral("cmdTrim"))->ShowRest();
-    if (mbRecordMode || !view().SelectionMarked())
-        return;
-    // A tone that came from a take: normal mode must hold from here on.
-    if (mobjRecord->RecordingExists()) {
-        mbRecordMode = false;
-        ApplyWindowMode();
-    }
-    view().TrimToSelection();
-}
-
-void frmMain::cmdReset_Released()
-{
-    Button(QStringLiteral("cmdReset"))->ShowRest();
-    if (mstrCurrentFile.isEmpty())
-        return;
-    view().Reset([this] { cmdStop_Released(); });
-}
-
-void frmMain::cmdPlay_Released()
-{
-    Button(QStringLiteral("cmdPlay"))->ShowRest();
-    if (mbRecordMode)
-        return;
-    AudioEditor21->PreparePlay();
-    AudioEditor21->Play(1);
-    mbPlaying = true;
 }
 
 void frmMain::cmdStop_Released()
@@ -713,15 +402,13 @@ void frmMain::cmdStop_Released()
         return;
     }
     Button(QStringLiteral("cmdStop"))->ShowRest();
-    AudioEditor21->Stop();
-    mbPlaying = false;
+    mobjTone->Stop();
 }
 
 void frmMain::cmdSend_Released()
 {
     Button(QStringLiteral("cmdSend"))->ShowRest();
-    AudioEditor21->Stop();
-    mbPlaying = false;
+    mobjTone->Stop();
     SendTone();
 }
 
@@ -745,10 +432,9 @@ void frmMain::mobjRecord_Timer(double SecondsElapsed)
 
 void frmMain::cmdRecord_Released()
 {
-    if (mbTrimmed && ShowMessageWindow(QStringLiteral("frmRecordDuringAudio")) == QLatin1String("Q"))
+    if (mobjTone->mbTrimmed && ShowMessageWindow(QStringLiteral("frmRecordDuringAudio")) == QLatin1String("Q"))
         return;
-    AudioEditor21->Stop();
-    mbPlaying = false;
+    mobjTone->Stop();
     if (mbRecordMode) {
         StartRecordingNow();
         return;
@@ -761,7 +447,8 @@ void frmMain::cmdRecord_Released()
 
 void frmMain::StartRecordingNow()
 {
-    if (!mbRecordMode)
+    // A second Start during a take does nothing.
+    if (!mbRecordMode || mbRecording)
         return;
     Button(QStringLiteral("imgStartRecording"))->ShowClicked();
     ShowMessageWindow(QStringLiteral("frmStartRecording"));
@@ -775,49 +462,47 @@ void frmMain::StopRecordingNow(bool bDiscard)
     if (!mbRecording)
         return;
     // Every failure is shown and the next step runs all the same.
-    auto step = [](const std::function<void()>& statement) {
-        ErrObject err;
-        ResumeNext(err, statement);
-        if (err.Stands())
-            MsgBox(err.Description);
-    };
     SetMousePointer(vbHourglass);
-    step([this] { mobjRecordAudioPlayer->StopPlaying(); });
+    ErrObject playerStopped;
+    ResumeNext(playerStopped, [this] { mobjRecordAudioPlayer->StopPlaying(); });
+    if (playerStopped.Stands())
+        MsgBox(playerStopped.Description);
     mbRecording = false;
     if (!mobjRecord->Recording()) {
         SetMousePointer(vbDefault);
         return;
     }
-    step([this] { mobjRecord->StopRecording(); });
+    ErrObject stopped;
+    ResumeNext(stopped, [this] { mobjRecord->StopRecording(); });
+    if (stopped.Stands())
+        MsgBox(stopped.Description);
     mbRecordMode = false;
     ApplyWindowMode();
-    if (!bDiscard) {
-        LoadSoundFile(mobjRecord->CurrentRecordingPath());
+    // A take that could not be kept is gone: its one message is enough.
+    if (!bDiscard && !stopped.Stands()) {
+        LoadSoundFile(mobjRecord->CurrentRecordingPath(), QString(), CToneEditor::Source::Take);
         SetMousePointer(vbDefault);
     }
 }
 
 void frmMain::imgZoom_Click()
 {
-    if (mstrCurrentFile.isEmpty()) {
+    // A failed load leaves its path but no sound: nothing to zoom on.
+    if (mobjTone->mstrCurrentFile.isEmpty() || !mobjTone->HasSound()) {
         ShowMessageWindow(QStringLiteral("frmNoToneSelected"));
     } else {
-        AudioEditor21->Stop();
+        mobjTone->Stop();
         frmZoomEdit zoom;
         zoom.Load();
         zoom.NCTSliderB21->SetValue(NCTSliderB21->Value());
-        zoom.SetFile(mstrCurrentFile);
+        zoom.SetFile(mobjTone->mstrCurrentFile);
         zoom.Label(QStringLiteral("lblSongLength"))->setText(label("lblSongLength")->text());
         PrepareDialog(&zoom);
         zoom.Show(true);
         // Only the selection comes back, over the full view; mbTrimmed stays as it was.
         if (zoom.Tag == QLatin1String("OK")) {
-            AudioEditor21->ZoomFull();
-            AudioEditor21->SetShowSelection(true);
-            AudioEditor21->SetSelectionStart(zoom.AudioEditor21->SelectionStart());
-            AudioEditor21->SetSelectionEnd(zoom.AudioEditor21->SelectionEnd());
-            label("lblToneLength")->setText(zoom.Label(QStringLiteral("lblToneLength"))->text());
-            label("lblToneSize")->setText(zoom.Label(QStringLiteral("lblToneSize"))->text());
+            mobjTone->TakeMarks(zoom.mobjTone->Marks(), zoom.Label(QStringLiteral("lblToneLength"))->text(),
+                                zoom.Label(QStringLiteral("lblToneSize"))->text());
         }
         zoom.Unload();
     }
@@ -840,17 +525,41 @@ void frmMain::lblAbout_DblClick()
     about.Unload();
 }
 
-void frmMain::CheckToneSize(const QString& path, bool& result)
+QString frmMain::CurrentFile() const
 {
-    const auto limit = MaxToneSizeLimit(GetAppSetting(QStringLiteral("MaxToneSize"), kSettings));
-    const qint64 size = QFileInfo(path).size();
-    result = true;
-    if (!limit || size <= *limit)
-        return;
-    const QString answer = ShowMessageWindow(QStringLiteral("frmToneTooBig"), [size](frmMessage& window) {
-        SetControlTag(window.Label(QStringLiteral("lblTooBig")), QString::number(size));
-    });
-    result = answer != QLatin1String("Q");
+    return mobjTone->HasSound() ? mobjTone->mstrCurrentFile : QString();
+}
+
+QString frmMain::StatusText() const
+{
+    return label("lblSoundFile")->text();
+}
+
+void frmMain::ShowSent(const QString& text)
+{
+    QLabel* status = label("lblSoundFile");
+    QFont font = status->font();
+    font.setBold(false);
+    status->setFont(font);
+    SetStatusText(text);
+}
+
+void frmMain::SetBusy(bool busy)
+{
+    SetFormEnabled(this, !busy);
+    if (!busy)
+        mobjTone->mbBusy = false;
+}
+
+void frmMain::SoundGone()
+{
+    mobjTone->Forget();
+    SetStatusText(kSelectPrompt);
+}
+
+void frmMain::KeepLastReply(const QString& reply)
+{
+    SetControlTag(hotSpot("lblLastURL"), reply);
 }
 
 namespace {

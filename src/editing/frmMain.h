@@ -4,9 +4,10 @@
 // loaded file, a trimmed part of it, a recording in the making) and hands
 // the result to the send pipeline.
 #include "delivery/SendTone.h"
+#include "editing/CToneEditor.h"
 #include "skin/CSkinWindow.h"
 
-#include <cstdint>
+#include <functional>
 #include <memory>
 
 class AudioEditor2;
@@ -15,8 +16,6 @@ class CAudioRecorder;
 class CClickLabel;
 class NCTAmpBar2;
 class NCTSliderB2;
-class QTimer;
-struct ToneView;
 
 class frmMain : public CSkinWindow, private SendToneHost {
     Q_OBJECT
@@ -25,8 +24,11 @@ public:
     ~frmMain() override;
 
     void RefreshFreeQuillCount() override;
-    void LoadSoundFile(const QString& path);
-    void LoadIntoEditor(const QString& path);
+    // The one load of every road; caption is what the status line then
+    // shows, the file's name when empty. A take's failure is told as the
+    // ordinary one. True when the sound is in the editor.
+    bool LoadSoundFile(const QString& path, const QString& caption = QString(),
+                       CToneEditor::Source source = CToneEditor::Source::Chosen);
     void SetStatusText(const QString& text) override;
     void ApplyWindowMode();
     void ClearToneDisplay();
@@ -34,9 +36,6 @@ public:
     // second ends it and loads it, or with bDiscard leaves it in the scratch folder.
     void StartRecordingNow();
     void StopRecordingNow(bool bDiscard);
-    // True when the send may go on: the tone is within "MaxToneSize", or the
-    // user agreed to send it anyway.
-    void CheckToneSize(const QString& path, bool& result) override;
     // The send pipeline lives with the delivery code; this window is its host.
     void SendTone();
     // The backdrop that covers the controls while the login window stands over this one.
@@ -44,21 +43,14 @@ public:
     void HideLoginBackdrop(bool parkAside);
     void ResetButtonPictures();
 
-    int32_t mintLoadStage = 0;  // 1 "Loading. Please wait (", 2 "Preparing ringtone ("
-    QString mstrCurrentFile;
-    int16_t mintVolumeDirection = 0;
     bool mbRecordMode = false;
-    bool mbPlaying = false;  // nothing reads it to decide
-    bool mbBusy = false;
-    float msngTrimOffset = 0;
-    bool mbResetting = false;
     QString mstrRecordingPath;
     bool mbRecording = false;
-    float msngFileLength = 0;
-    bool mbTrimmed = false;
     std::unique_ptr<CAudioRecorder> mobjRecord;
     std::unique_ptr<CAudioPlayer> mobjRecordAudioPlayer;  // here it is only ever stopped
 
+    // The sound in the editor, with its editor and slider.
+    CToneEditor* mobjTone = nullptr;
     AudioEditor2* AudioEditor21 = nullptr;
     NCTSliderB2* NCTSliderB21 = nullptr;
 
@@ -70,33 +62,31 @@ signals:
 
 protected:
     void Form_Load() override;
-    bool DragAllowed() const override { return !mbBusy; }
+    bool DragAllowed() const override { return !mobjTone || !mobjTone->mbBusy; }
 
 private:
-    // What the send pipeline uses.
-    QWidget* HostWindow() override { return this; }
-    AudioEditor2* HostEditor() override { return AudioEditor21; }
-    QString CurrentFile() const override { return mstrCurrentFile; }
-    bool Trimmed() const override { return mbTrimmed; }
-    void SetLoadStage(int32_t stage) override { mintLoadStage = stage; }
-    void ClearBusy() override { mbBusy = false; }
-    QLabel* SoundFileLabel() override { return label("lblSoundFile"); }
-    QObject* LastUrlLabel() override { return findChild<QObject*>(QStringLiteral("lblLastURL")); }
+    // What the send pipeline asks and tells.
+    QString CurrentFile() const override;
+    bool Trimmed() const override { return mobjTone->mbTrimmed; }
+    ToneMarks MarkedPart() override { return mobjTone->MarkTrimmedPart(); }
+    void WriteCut(const QString& path, bool selectionOnly) override { mobjTone->WriteCut(path, selectionOnly); }
+    QString StatusText() const override;
+    void ShowSent(const QString& text) override;
+    void SetBusy(bool busy) override;
+    void SoundGone() override;
+    void KeepLastReply(const QString& reply) override;
 
     void buildControls();
     QLabel* label(const char* name) const;
     CClickLabel* hotSpot(const char* name) const;
-    void forgetSound();
+    void onRelease(const char* button, const std::function<void()>& handler);
+    // Open, My Music and Rip leave record mode, ending a take first.
+    void LeaveRecordMode();
 
-    ToneView view();
-    void AudioEditor21_OnEditorProgress(int percent);
     void cmdOpen_Released();
     void cmdMyMusic_Released();
     void cmdRecord_Released();
     void cmdRip_Released();
-    void cmdTrim_Released();
-    void cmdReset_Released();
-    void cmdPlay_Released();
     void cmdStop_Released();
     void cmdSend_Released();
     void imgZoom_Click();
@@ -109,7 +99,6 @@ private:
     QImage mRecordFace;
     NCTAmpBar2* ampbarLeft = nullptr;
     NCTAmpBar2* ampbarRight = nullptr;
-    QTimer* tmrVolume = nullptr;
 };
 
 // The one main window of the run, made on first use (not loaded).

@@ -1,15 +1,11 @@
 #include "editing/frmZoomEdit.h"
 
-#include "core/CError.h"
 #include "core/modCommon.h"
 #include "core/twips.h"
-#include "editing/ToneMeasures.h"
-#include "editing/ToneView.h"
+#include "editing/CToneEditor.h"
+#include "editing/MainFace.h"
 #include "platform/AudioEditor2.h"
-#include "platform/NCTSliderB2.h"
-#include "skin/CClickLabel.h"
 #include "skin/CPictureButton.h"
-#include "skin/SkinStyle.h"
 #include "skin/frmMessage.h"
 
 #include <QLabel>
@@ -63,60 +59,22 @@ frmZoomEdit::frmZoomEdit()
 {
 }
 
-ToneView frmZoomEdit::view()
-{
-    return {AudioEditor21, Label(QStringLiteral("lblToneLength")), Label(QStringLiteral("lblToneSize")),
-            Label(QStringLiteral("lblCurrentPosition")), msngTrimOffset, mbResetting, mbTrimmed};
-}
-
 void frmZoomEdit::Form_Load()
 {
     Build(zoomFace());
-    Label(QStringLiteral("lblSongLength"))->setText(kSongLengthEmpty);
-    Label(QStringLiteral("lblToneLength"))->setText(kToneLengthCleared);
-    Label(QStringLiteral("lblToneSize"))->setText(kToneSizeCleared);
-    Label(QStringLiteral("lblCurrentPosition"))->setText(kPositionEmpty);
-
-    AudioEditor21 = new AudioEditor2(this);
-    AudioEditor21->setObjectName(QStringLiteral("AudioEditor21"));
-    AudioEditor21->setGeometry(ArtworkRect(16, 60, 590, 170));
-    AudioEditor21->SetAppearance(EditorAppearance{});
-    NCTSliderB21 = new NCTSliderB2(this);
-    NCTSliderB21->setObjectName(QStringLiteral("NCTSliderB21"));
-    NCTSliderB21->setGeometry(ArtworkRect(484, 236, 106, 16));
-
-    auto* loading = new QLabel(this);
-    loading->setObjectName(QStringLiteral("imgLoading"));
-    loading->setGeometry(TwipsToPixelsX(75), TwipsToPixelsY(2085), TwipsToPixelsX(1800), TwipsToPixelsY(240));
-    loading->setText(QStringLiteral("\u231B Loading\u2026"));
-    loading->setFont(skin::Font(8.5, true));
-    loading->show();
-
-    connect(AudioEditor21, &AudioEditor2::OnEditorSelectionChanged, this, [this] { view().SelectionChanged(); });
-    connect(AudioEditor21, &AudioEditor2::OnEditorPositionChanged, this, [this] { view().PositionChanged(); });
-    connect(AudioEditor21, &AudioEditor2::OnEditorPositionSet, this, [this] { view().PositionChanged(); });
+    mobjTone = new CToneEditor(this, {this, ArtworkRect(16, 60, 590, 170), ArtworkRect(484, 236, 106, 16), QPoint(75, 2085)});
+    AudioEditor21 = mobjTone->AudioEditor21;
+    NCTSliderB21 = mobjTone->NCTSliderB21;
+    Label(QStringLiteral("imgLoading"))->show();
     connect(AudioEditor21, &AudioEditor2::OnEditorMouseMove, this, &frmZoomEdit::AudioEditor21_OnEditorMouseMove);
-    connect(NCTSliderB21, &NCTSliderB2::OnVolumeSliderMoved, AudioEditor21, &AudioEditor2::SetVolume);
 
-    onReady("cmdOK", &frmZoomEdit::cmdOK_Released);
-    onReady("cmdCancel", &frmZoomEdit::cmdCancel_Released);
-    onReady("cmdTrim", &frmZoomEdit::cmdTrim_Released);
-    onReady("cmdReset", &frmZoomEdit::cmdReset_Released);
-    onReady("cmdPlay", &frmZoomEdit::cmdPlay_Released);
-    onReady("cmdStop", &frmZoomEdit::cmdStop_Released);
-    onReady("cmdOpen", &frmZoomEdit::cmdOpen_Released);
-    auto* up = findChild<CClickLabel*>(QStringLiteral("lblVolumeUp"));
-    auto* down = findChild<CClickLabel*>(QStringLiteral("lblVolumeDown"));
-    connect(up, &CClickLabel::MouseDown, this, [this] { mintVolumeDirection = 1; });
-    connect(down, &CClickLabel::MouseDown, this, [this] { mintVolumeDirection = -1; });
-    for (CClickLabel* spot : {up, down})
-        connect(spot, &CClickLabel::MouseUp, this, [this] { mintVolumeDirection = 0; });
-
-    tmrVolume = new QTimer(this);
-    tmrVolume->setObjectName(QStringLiteral("tmrVolume"));
-    tmrVolume->setInterval(100);
-    connect(tmrVolume, &QTimer::timeout, this, [this] { StepVolume(NCTSliderB21, mintVolumeDirection); });
-    tmrVolume->start();
+    onReady("cmdOK", [this] { cmdOK_Released(); });
+    onReady("cmdCancel", [this] { Hide(); });
+    onReady("cmdTrim", [this] { mobjTone->Trim(); });
+    onReady("cmdReset", [this] { mobjTone->Reset(); });
+    onReady("cmdPlay", [this] { mobjTone->Play(); });
+    onReady("cmdStop", [this] { mobjTone->Stop(); });
+    onReady("cmdOpen", [] {});
 
     // The blocking open waits until the window stands on the screen.
     Timer1 = new QTimer(this);
@@ -126,73 +84,37 @@ void frmZoomEdit::Form_Load()
     Timer1->start();
 }
 
-void frmZoomEdit::onReady(const char* button, void (frmZoomEdit::*handler)())
+void frmZoomEdit::onReady(const char* button, const std::function<void()>& handler)
 {
-    connect(Button(QString::fromLatin1(button)), &CPictureButton::Released, this, [this, handler] {
-        if (mbReady)
-            (this->*handler)();
+    CPictureButton* b = Button(QString::fromLatin1(button));
+    connect(b, &CPictureButton::Released, this, [this, b, handler] {
+        if (!mbReady)
+            return;
+        b->ShowRest();
+        handler();
     });
 }
 
 void frmZoomEdit::Timer1_Timer()
 {
     Timer1->stop();
-    // The main window opened this file a moment ago. Should it be gone now,
-    // the window still becomes ready, so that Cancel leads out.
-    ErrObject ignored;
-    ResumeNext(ignored, [this] { AudioEditor21->OpenFile(mstrFile); });
+    // The file may have gone since the main window opened it (a take that a
+    // send swept away): the load has said so, and there is nothing to edit.
+    if (!mobjTone->LoadFile(mstrFile, CToneEditor::Source::Chosen)) {
+        Hide();
+        return;
+    }
     mbReady = true;
-    Label(QStringLiteral("imgLoading"))->hide();
 }
 
 void frmZoomEdit::cmdOK_Released()
 {
-    if (!mbTrimmed && AudioEditor21->SelectionEnd() - AudioEditor21->SelectionStart() == 0) {
+    if (mobjTone->Marks().Length() == 0) {
         ShowMessageWindow(QStringLiteral("frmToneNotTrimmed"));
         return;
     }
     Tag = QStringLiteral("OK");
     Hide();
-}
-
-void frmZoomEdit::cmdCancel_Released()
-{
-    Hide();
-}
-
-void frmZoomEdit::cmdTrim_Released()
-{
-    Button(QStringLiteral("cmdTrim"))->ShowRest();
-    if (view().SelectionMarked())
-        view().TrimToSelection();
-}
-
-void frmZoomEdit::cmdReset_Released()
-{
-    Button(QStringLiteral("cmdReset"))->ShowRest();
-    if (mstrFile.isEmpty())
-        return;
-    view().Reset([this] { cmdStop_Released(); });
-}
-
-void frmZoomEdit::cmdPlay_Released()
-{
-    Button(QStringLiteral("cmdPlay"))->ShowRest();
-    AudioEditor21->PreparePlay();
-    AudioEditor21->Play(1);
-    mbPlaying = true;
-}
-
-void frmZoomEdit::cmdStop_Released()
-{
-    Button(QStringLiteral("cmdStop"))->ShowRest();
-    AudioEditor21->Stop();
-    mbPlaying = false;
-}
-
-void frmZoomEdit::cmdOpen_Released()
-{
-    Button(QStringLiteral("cmdOpen"))->ShowRest();
 }
 
 void frmZoomEdit::AudioEditor21_OnEditorMouseMove()

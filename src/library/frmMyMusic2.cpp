@@ -1,15 +1,16 @@
 #include "library/frmMyMusic2.h"
 
 #include "core/CError.h"
+#include "core/MainWindow.h"
 #include "core/globals.h"
 #include "core/modCommon.h"
 #include "core/numbers.h"
 #include "core/twips.h"
 #include "library/CAudioPlayer.h"
-#include "library/CMusicSearch.h"
 #include "library/LibraryFile.h"
 #include "library/frmSearching4Music.h"
 #include "library/modTreeView.h"
+#include "platform/SoundOutput.h"
 #include "skin/CClickLabel.h"
 #include "skin/CPictureButton.h"
 #include "skin/SkinStyle.h"
@@ -205,10 +206,21 @@ void frmMyMusic2::Form_Load()
         BuildTree();
         return;
     }
-    // No window of its own: the tray and balloon are the only signs of it.
     if (ShowMessageWindow(QStringLiteral("frmConfirmSearch")) != QLatin1String("Q"))
-        CMusicSearch().Start(1);
+        runSearch();
     BuildTree();
+}
+
+// The search in its own window, with its count and cancel; the main window
+// takes nothing meanwhile, so nothing starts twice.
+void frmMyMusic2::runSearch()
+{
+    QWidget* main = MainWindow();
+    SetFormEnabled(main, false);
+    frmSearching4Music search;
+    search.Show(true);
+    search.Unload();
+    SetFormEnabled(main, true);
 }
 
 void frmMyMusic2::layOut()
@@ -313,7 +325,7 @@ void frmMyMusic2::tvwFolders_NodeClick(QTreeWidgetItem* node)
     const QString folder = node ? node->data(0, kTagRole).toString() : QString();
     if (folder.isEmpty())
         return;  // the root: no folder of its own
-    const QStringList files = QDir(folder).entryList(QDir::Files, QDir::Name);
+    const QStringList files = QDir(folder).entryList(QDir::Files | QDir::Hidden, QDir::Name);
     for (const QString& name : files) {
         if (listing != mListing || !lvwTracks || !isVisible())
             return;
@@ -375,6 +387,8 @@ void frmMyMusic2::PlaySelected()
     lvwTracks->viewport()->repaint();
     if (row < 0)
         return;
+    if (!SoundOutputAvailable())
+        return void(ShowMessageWindow(QStringLiteral("frmNoSoundOutput")));
     QTreeWidgetItem* item = lvwTracks->topLevelItem(row);
     lvwTracks->scrollToItem(item);
     player().LoadFile(Key(item));
@@ -396,6 +410,8 @@ void frmMyMusic2::lvwTracks_DblClick()
     const int row = selectedRow();
     if (row < 0)
         return;
+    if (!SoundOutputAvailable())
+        return void(ShowMessageWindow(QStringLiteral("frmNoSoundOutput")));
     player().LoadFile(Key(lvwTracks->topLevelItem(row)));
     player().StartPlaying();
 }
@@ -403,7 +419,7 @@ void frmMyMusic2::lvwTracks_DblClick()
 void frmMyMusic2::cmdNext_Released()
 {
     const int row = selectedRow();
-    if (row + 1 < lvwTracks->topLevelItemCount())
+    if (row >= 0 && row + 1 < lvwTracks->topLevelItemCount())
         selectRow(row + 1);
     if (mbPlaying) {
         StopSelected();
@@ -441,9 +457,7 @@ void frmMyMusic2::imgCancel_Released()
 
 void frmMyMusic2::imgSearch_Released()
 {
-    frmSearching4Music search;
-    search.Show(true);
-    search.Unload();
+    runSearch();
     BuildTree();
 }
 

@@ -51,6 +51,7 @@ private:
     void cmdPrev_Released();
     void imgGrab_Released();
     void imgCancel_Released();
+    void runSearch();
     void imgSearch_Released();
     void lblClose_Click();
     void imgTime_Click(bool longTime);

@@ -9,7 +9,6 @@
 
 namespace {
 constexpr int kChunkFrames = 8192;
-constexpr int kNarrowbandTop = 12200;
 
 CError streamError(const QString& text) { return CError(ErrNo::PathFileAccess, text, QStringLiteral("AudioFileStream")); }
 }  // namespace
@@ -56,12 +55,13 @@ void AudioFileStream::SetWaveOutput(int sampleRate, int channels, int bitsPerSam
 {
     if (bitsPerSample != 16)
         throw streamError(QStringLiteral("Only 16 bits per sample can be written"));
-    mOutput = EncoderTarget{EncoderTarget::Wave, sampleRate, channels, 0};
+    mOutput = EncoderTarget{.codec = wire::Codec::Wave, .sampleRate = sampleRate, .bitRate = 0, .channels = channels};
 }
 
 void AudioFileStream::SetMp3Output(int sampleRate, int kbitPerSecond, int channels)
 {
-    mOutput = EncoderTarget{EncoderTarget::Mp3, sampleRate, channels, kbitPerSecond * 1000};
+    mOutput = EncoderTarget{
+        .codec = wire::Codec::Mp3, .sampleRate = sampleRate, .bitRate = kbitPerSecond * 1000, .channels = channels};
 }
 
 int AudioFileStream::Channels() const { return mSource.Channels(); }
@@ -94,9 +94,10 @@ void ConversionJob::Run(const AmrEncoderSettings& settings)
     if (settings.BitsPerSample != 16)
         throw CError(ErrNo::PathFileAccess, QStringLiteral("AMR takes 16 bits per sample"),
                      QStringLiteral("ConversionJob"));
-    const bool wide = settings.BitRate > kNarrowbandTop;
-    const EncoderTarget target{wide ? EncoderTarget::AmrWideband : EncoderTarget::AmrNarrowband, wide ? 16000 : 8000,
-                               settings.Channels, settings.BitRate};
+    EncoderTarget target =
+        settings.BitRate > wire::kAmrNarrowbandTone.bitRate ? wire::kAmrWidebandTone : wire::kAmrNarrowbandTone;
+    target.bitRate = settings.BitRate;
+    target.channels = settings.Channels;
     AudioDecoder source;
     source.Open(mOwner.mSource);
     const int channels = source.Channels();

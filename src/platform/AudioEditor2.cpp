@@ -197,7 +197,7 @@ void AudioEditor2::SaveToFile(const QString& path, bool selectionOnly, int fileF
         // The MP3 cut only feeds the conversion to a tone, and every tone
         // format is mono at 16 kHz or less: a mono cut at up to 22.05 kHz
         // loses nothing of it and takes a quarter of the work.
-        target.kind = EncoderTarget::Mp3;
+        target.codec = wire::Codec::Mp3;
         target.bitRate = kSaveMp3BitRate;
         target.sampleRate = std::min(mRate, kSaveMp3MaxRate);
         target.channels = 1;

@@ -41,15 +41,16 @@ int supportedRate(const AVCodec* encoder, int wanted)
     return best;
 }
 
-Choice choiceFor(EncoderTarget::Kind kind)
+Choice choiceFor(wire::Codec codec)
 {
-    switch (kind) {
-    case EncoderTarget::Mp3: return {"libmp3lame", "mp3"};
-    case EncoderTarget::AmrNarrowband: return {"libopencore_amrnb", "amr"};
-    case EncoderTarget::AmrWideband: return {"libvo_amrwbenc", "amr"};
-    case EncoderTarget::Wave: break;
+    switch (codec) {
+    case wire::Codec::Mp3: return {"libmp3lame", "mp3"};
+    case wire::Codec::AmrNarrowband: return {"libopencore_amrnb", "amr"};
+    case wire::Codec::AmrWideband: return {"libvo_amrwbenc", "amr"};
+    case wire::Codec::Wave: return {"pcm_s16le", "wav"};
+    case wire::Codec::None: break;
     }
-    return {"pcm_s16le", "wav"};
+    throw CError(ErrNo::PathFileAccess, QStringLiteral("No encoder makes this format"), QStringLiteral("AudioEncoder"));
 }
 }  // namespace
 
@@ -150,7 +151,7 @@ AudioEncoder::~AudioEncoder() = default;
 void AudioEncoder::Create(const QString& path, const EncoderTarget& target, int inputRate, int inputChannels)
 {
     Abandon();
-    const Choice choice = choiceFor(target.kind);
+    const Choice choice = choiceFor(target.codec);
     d->finalPath = path;
     d->partPath = path + QStringLiteral(".part");
     d->inputChannels = inputChannels;
@@ -178,7 +179,7 @@ void AudioEncoder::Create(const QString& path, const EncoderTarget& target, int 
                 d->codec->sample_fmt = *f;  // no conversion of sample width when we can help it
         }
         d->codec->bit_rate = target.bitRate;
-        if (target.kind == EncoderTarget::Mp3)
+        if (target.codec == wire::Codec::Mp3)
             d->codec->compression_level = kLameQuality;
         d->codec->time_base = AVRational{1, d->codec->sample_rate};
         if (d->format->oformat->flags & AVFMT_GLOBALHEADER)

@@ -5,17 +5,14 @@
 // are done here. The file is written under a scratch name and takes its own
 // name only once it is complete, so a failed or abandoned encode never leaves
 // a half file that looks good.
+#include "wire/ToneFormats.h"
+
 #include <QString>
 #include <cstdint>
 #include <memory>
 
-struct EncoderTarget {
-    enum Kind { Mp3, Wave, AmrNarrowband, AmrWideband };
-    Kind kind = Wave;
-    int sampleRate = 16000;  // the nearest rate the encoder takes, when it does not take this one
-    int channels = 1;
-    int bitRate = 0;  // bit/s; ignored for wave files
-};
+// Its sample rate is a wish: the encoder takes the nearest rate it has.
+using EncoderTarget = wire::EncoderTarget;
 
 class AudioEncoder {
 public:
@@ -24,7 +21,8 @@ public:
     AudioEncoder(const AudioEncoder&) = delete;
     AudioEncoder& operator=(const AudioEncoder&) = delete;
 
-    // Throws CError with FFmpeg's description on any failure.
+    // Throws CError with FFmpeg's description on any failure, and for a
+    // target of no codec.
     void Create(const QString& path, const EncoderTarget& target, int inputRate, int inputChannels);
     void Write(const int16_t* frames, int count);
     void Finish();

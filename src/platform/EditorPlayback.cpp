@@ -2,10 +2,10 @@
 
 #include "core/CError.h"
 #include "platform/AudioDecoder.h"
+#include "platform/SoundOutput.h"
 
 #include <QAudioFormat>
 #include <QAudioSink>
-#include <QMediaDevices>
 #include <QTimer>
 #include <algorithm>
 #include <cmath>
@@ -63,7 +63,7 @@ EditorPlayback::EditorPlayback(AudioDecoder& source, int64_t start, int64_t end,
     format.setSampleRate(source.SampleRate());
     format.setChannelCount(source.Channels());
     format.setSampleFormat(QAudioFormat::Int16);
-    const QAudioDevice device = QMediaDevices::defaultAudioOutput();
+    const QAudioDevice device = SoundOutput();
     if (device.isNull())
         throw CError(ErrNo::PathFileAccess, QStringLiteral("No sound output device"), QStringLiteral("Playback"));
     source.Seek(start);

@@ -4,7 +4,10 @@
 #include "platform/AudioEncoder.h"
 #include "platform/CDSource.h"
 
+#include <QCoreApplication>
 #include <QFile>
+#include <QPointer>
+#include <QTimer>
 #include <algorithm>
 #include <cmath>
 #include <functional>
@@ -44,35 +47,46 @@ void paranoiaCallback(long, paranoia_cb_mode_t mode)
         tParanoiaSkipped = true;
 }
 
+enum class RipEnd { Complete, Cancelled, Unreadable };
+
+// Paranoia hands out its last good sector again where the source has nothing
+// more (an image cut short, a disc taken out), so the track's last sector is
+// read directly before the rip and after it.
+bool lastSectorReads(CdIo_t* cdio, int32_t last)
+{
+    QByteArray sector(CDIO_CD_FRAMESIZE_RAW, Qt::Uninitialized);
+    return cdio_read_audio_sectors(cdio, sector.data(), last, 1) == DRIVER_OP_SUCCESS;
+}
+
 // Reads sectors first..last with paranoia's checks into an MP3 at path.
-// Returns true when the whole track is in the file; a cancel or a sector
-// that stays unreadable ends early with what was read so far kept.
-bool ripSectors(const QString& source, int32_t first, int32_t last, const QString& path,
-                const std::atomic_bool& cancel, const std::function<void(double)>& progress)
+// A cancel or a sector that stays unreadable ends early; what was read so far
+// stays in the file.
+RipEnd ripSectors(const QString& source, int32_t first, int32_t last, const QString& path,
+                  const std::atomic_bool& cancel, const std::function<void(double)>& progress)
 {
     CdIo_t* cdio = cdio_open(QFile::encodeName(source).constData(), DRIVER_UNKNOWN);
     if (!cdio)
-        return false;
+        return RipEnd::Unreadable;
     cdrom_drive_t* drive = cdio_cddap_identify_cdio(cdio, CDDA_MESSAGE_FORGETIT, nullptr);
     if (!drive || cdio_cddap_open(drive) != 0) {
         if (drive)
             cdio_cddap_close_no_free_cdio(drive);
         cdio_destroy(cdio);
-        return false;
+        return RipEnd::Unreadable;
     }
     cdrom_paranoia_t* paranoia = cdio_paranoia_init(drive);
     cdio_paranoia_modeset(paranoia, PARANOIA_MODE_FULL ^ PARANOIA_MODE_NEVERSKIP);
     cdio_paranoia_seek(paranoia, first, SEEK_SET);
     tParanoiaSkipped = false;
 
-    bool complete = false;
+    RipEnd end = RipEnd::Unreadable;
     AudioEncoder encoder;
     try {
-        encoder.Create(path, {EncoderTarget::Mp3, 44100, 2, kRipBitRate}, 44100, 2);
+        encoder.Create(path, {.codec = wire::Codec::Mp3, .sampleRate = 44100, .bitRate = kRipBitRate, .channels = 2}, 44100, 2);
         const double total = last - first + 1;
         int shownPercent = -1;  // one event a percent: each one pumps the window
-        bool readable = true;
-        for (int32_t sector = first; sector <= last && !cancel; ++sector) {
+        bool readable = lastSectorReads(cdio, last);
+        for (int32_t sector = first; readable && sector <= last && !cancel; ++sector) {
             const int16_t* frames = cdio_paranoia_read_limited(paranoia, paranoiaCallback, kParanoiaRetries);
             if (!frames || tParanoiaSkipped) {
                 readable = false;
@@ -87,17 +101,37 @@ bool ripSectors(const QString& source, int32_t first, int32_t last, const QStrin
                 progress(done);
             }
         }
+        readable = readable && (cancel || lastSectorReads(cdio, last));
         encoder.Finish();  // a stopped rip keeps what it has, under its own name
-        complete = readable && !cancel;
+        end = !readable ? RipEnd::Unreadable : cancel ? RipEnd::Cancelled : RipEnd::Complete;
     } catch (const CError&) {
-        complete = false;
+        end = cancel ? RipEnd::Cancelled : RipEnd::Unreadable;
     }
     cdio_paranoia_free(paranoia);
     cdio_cddap_close_no_free_cdio(drive);
     cdio_destroy(cdio);
-    return complete;
+    return end;
 }
 
+}  // namespace
+
+DiscToc ReadDiscToc(CdIo_t* cdio)
+{
+    DiscToc toc;
+    const track_t first = cdio_get_first_track_num(cdio);
+    const track_t count = cdio_get_num_tracks(cdio);
+    if (first == CDIO_INVALID_TRACK || count == CDIO_INVALID_TRACK)
+        return toc;
+    for (track_t t = first; t < first + count; ++t)
+        toc.tracks << DiscToc::Entry{t, cdio_get_track_lsn(cdio, t), cdio_get_track_format(cdio, t) == TRACK_FORMAT_AUDIO};
+    toc.leadOut = cdio_get_track_lsn(cdio, CDIO_CDROM_LEADOUT_TRACK);
+    lsn_t lastSession = 0;
+    if (cdio_get_last_session(cdio, &lastSession) == DRIVER_OP_SUCCESS)
+        toc.lastSessionStart = lastSession;
+    return toc;
+}
+
+namespace {
 struct LookupResult {
     int status = -2;
     QString artist;
@@ -124,7 +158,8 @@ LookupResult lookUp(const FreeDBServer& server, const FreeDBQuerySettings& setti
     cddb_set_server_port(conn, server.port > 0 ? server.port : settings.Port);
     cddb_http_enable(conn);  // port 80 is CDDB over HTTP
     cddb_set_http_path_query(conn, "/~cddb/cddb.cgi");
-    cddb_set_timeout(conn, std::max(1, settings.TimeoutMs / 1000));
+    // An abandoned lookup still ends soon after the deadline.
+    cddb_set_timeout(conn, std::max(1, std::min(settings.TimeoutMs, kLookupDeadlineMs) / 1000));
     cddb_set_client(conn, settings.ClientName.toUtf8().constData(), settings.ClientVersion.toUtf8().constData());
     cddb_set_email_address(conn, (settings.UserName + QStringLiteral("@localhost")).toUtf8().constData());
 
@@ -158,6 +193,12 @@ LookupResult lookUp(const FreeDBServer& server, const FreeDBQuerySettings& setti
 }
 }  // namespace
 
+DiscTocReader& discTocReader()
+{
+    static DiscTocReader reader = ReadDiscToc;
+    return reader;
+}
+
 FreeDBServer& freeDBServer()
 {
     static FreeDBServer server;
@@ -174,8 +215,10 @@ void NCTAudioCDGrabber2::joinWorkers()
         *mCancel = true;
     if (mRip.joinable())
         mRip.join();
-    if (mLookup.joinable())
-        mLookup.join();
+    // A lookup is never waited for: it may hang on the host name, so it is
+    // left to end on its own, and whatever it finds later is dropped.
+    ++mLookupId;
+    mLookupOpen = false;
 }
 
 void NCTAudioCDGrabber2::Open()
@@ -206,28 +249,29 @@ void NCTAudioCDGrabber2::ReadContents()
     mTrackIndex = -1;
     if (!mCdio)
         fail(QStringLiteral("The CD drive is not open"));
-    const track_t first = cdio_get_first_track_num(mCdio);
-    const track_t count = cdio_get_num_tracks(mCdio);
-    if (first == CDIO_INVALID_TRACK || count == CDIO_INVALID_TRACK || count == 0)
+    const DiscToc toc = discTocReader()(mCdio);
+    if (toc.tracks.isEmpty())
         fail(QStringLiteral("There is no disc in the drive"));
-    // A multi-session disc tells where its last session starts; an image tells nothing.
-    lsn_t lastSession = 0;
-    const bool sessions = cdio_get_last_session(mCdio, &lastSession) == DRIVER_OP_SUCCESS;
-    for (track_t t = first; t < first + count; ++t) {
+    const auto sessionOf = [&toc](int32_t sector) {
+        return toc.lastSessionStart > 0 && sector >= toc.lastSessionStart ? 1 : 0;
+    };
+    for (int i = 0; i < toc.tracks.size(); ++i) {
+        const DiscToc::Entry& entry = toc.tracks[i];
         Track track;
-        track.number = t;
-        track.first = cdio_get_track_lsn(mCdio, t);
-        track.last = cdio_get_track_last_lsn(mCdio, t);
-        track.audio = cdio_get_track_format(mCdio, t) == TRACK_FORMAT_AUDIO;
-        track.session = sessions && lastSession > 0 && track.first >= lastSession ? 1 : 0;
+        track.number = entry.number;
+        track.first = entry.first;
+        track.audio = entry.audio;
+        track.session = sessionOf(entry.first);
+        // A track ends where the next begins; the last of a session ends at
+        // that session's lead-out, well before the next session starts.
+        int32_t end = i + 1 < toc.tracks.size() ? toc.tracks[i + 1].first : toc.leadOut;
+        if (i + 1 < toc.tracks.size() && sessionOf(end) != track.session)
+            end -= kSessionGap;
+        track.last = end - 1;
         mTracks << track;
     }
-    mLeadOut = cdio_get_track_lsn(mCdio, CDIO_CDROM_LEADOUT_TRACK);
-    mSessions = 0;
-    for (const Track& t : mTracks) {
-        if (t.audio)
-            mSessions = std::max(mSessions, t.session + 1);
-    }
+    mLeadOut = toc.leadOut;
+    mSessions = mTracks.last().session + 1;
     mTrackTitles = QStringList(QList<QString>(mTracks.size()));
 }
 
@@ -235,7 +279,7 @@ QList<const NCTAudioCDGrabber2::Track*> NCTAudioCDGrabber2::sessionTracks(int se
 {
     QList<const Track*> tracks;
     for (const Track& t : mTracks) {
-        if (t.audio && t.session == session)
+        if (t.session == session)
             tracks << &t;
     }
     return tracks;
@@ -286,9 +330,17 @@ QString NCTAudioCDGrabber2::TrackTitle() const
     return mTrackTitles.value(i);
 }
 
+const NCTAudioCDGrabber2::Track& NCTAudioCDGrabber2::selectedAudio() const
+{
+    const Track& track = selected();
+    if (!track.audio)
+        fail(QStringLiteral("Track %1 holds data, not sound").arg(track.number));
+    return track;
+}
+
 void NCTAudioCDGrabber2::StartAudioRead()
 {
-    mReadAt = selected().first;
+    mReadAt = selectedAudio().first;
 }
 
 void NCTAudioCDGrabber2::StopAudioRead() { mReadAt = -1; }
@@ -310,15 +362,23 @@ QByteArray NCTAudioCDGrabber2::ReadAudioBlocks(int blocks)
 
 void NCTAudioCDGrabber2::RipToFile(const QString& path)
 {
-    const Track& track = selected();
+    const Track& track = selectedAudio();
     CancelOperation();
     mCancel = std::make_shared<std::atomic_bool>(false);
     auto post = [this](double progress) {
         QMetaObject::invokeMethod(this, [this, progress] { emit OperationProgress(progress); }, Qt::QueuedConnection);
     };
-    mRip = std::thread([source = mSource, first = track.first, last = track.last, path, cancel = mCancel, post] {
-        if (ripSectors(source, first, last, path, *cancel, post))
+    auto failed = [this, number = track.number] {
+        QMetaObject::invokeMethod(
+            this, [this, number] { emit OperationFailed(QStringLiteral("Track %1 could not be read from the CD").arg(number)); },
+            Qt::QueuedConnection);
+    };
+    mRip = std::thread([source = mSource, first = track.first, last = track.last, path, cancel = mCancel, post, failed] {
+        const RipEnd end = ripSectors(source, first, last, path, *cancel, post);
+        if (end == RipEnd::Complete)
             post(100.0);
+        else if (end == RipEnd::Unreadable)
+            failed();
     });
 }
 
@@ -330,33 +390,51 @@ void NCTAudioCDGrabber2::CancelOperation()
         mRip.join();
 }
 
+void NCTAudioCDGrabber2::endLookup(int status)
+{
+    mLookupOpen = false;
+    emit FreeDBQueryStatus(status);
+}
+
 void NCTAudioCDGrabber2::QueryFreeDB(const FreeDBQuerySettings& settings, int)
 {
-    if (mLookup.joinable())
-        mLookup.join();
-    auto post = [this](std::function<void()> work) {
-        QMetaObject::invokeMethod(this, std::move(work), Qt::QueuedConnection);
-    };
+    const int id = ++mLookupId;
+    mLookupOpen = true;
     // No disc, nothing to ask: the lookup ends as a failed one, so that a
     // caller waiting for its end is never left waiting.
     if (mTracks.isEmpty()) {
-        post([this] { emit FreeDBQueryStatus(-2); });
+        QMetaObject::invokeMethod(this, [this, id] { if (id == mLookupId && mLookupOpen) endLookup(-2); }, Qt::QueuedConnection);
         return;
     }
+    QTimer::singleShot(kLookupDeadlineMs, this, [this, id] {
+        if (id == mLookupId && mLookupOpen)
+            endLookup(-2);
+    });
+    // The worker may outlive this grabber; what it finds is delivered only
+    // to the lookup that is still open.
+    auto deliver = [guard = QPointer<NCTAudioCDGrabber2>(this), id](std::function<void(NCTAudioCDGrabber2&)> work) {
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(),
+            [guard, id, work = std::move(work)] {
+                if (guard && guard->mLookupId == id && guard->mLookupOpen)
+                    work(*guard);
+            },
+            Qt::QueuedConnection);
+    };
     QList<int32_t> firsts;
     for (const Track& t : mTracks)
         firsts << t.first;
-    mLookup = std::thread([this, server = freeDBServer(), settings, firsts, leadOut = mLeadOut, post] {
-        const LookupResult result = lookUp(server, settings, firsts, leadOut, [this, post](int status) {
-            post([this, status] { emit FreeDBQueryStatus(status); });
+    std::thread([server = freeDBServer(), settings, firsts, leadOut = mLeadOut, deliver] {
+        const LookupResult result = lookUp(server, settings, firsts, leadOut, [&deliver](int status) {
+            deliver([status](NCTAudioCDGrabber2& grabber) { emit grabber.FreeDBQueryStatus(status); });
         });
-        post([this, result] {
+        deliver([result](NCTAudioCDGrabber2& grabber) {
             if (result.status == 3) {
-                mArtist = result.artist;
-                mTitle = result.title;
-                mTrackTitles = result.trackTitles;
+                grabber.mArtist = result.artist;
+                grabber.mTitle = result.title;
+                grabber.mTrackTitles = result.trackTitles;
             }
-            emit FreeDBQueryStatus(result.status);
+            grabber.endLookup(result.status);
         });
-    });
+    }).detach();
 }

@@ -13,10 +13,35 @@
 #include <QStringList>
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <thread>
 
 typedef struct _CdIo CdIo_t;
+
+// A disc's table of contents as the drive reports it.
+struct DiscToc {
+    struct Entry {
+        int number = 0;  // on the disc, from 1
+        int32_t first = 0;  // sectors
+        bool audio = true;
+    };
+    QList<Entry> tracks;
+    int32_t leadOut = 0;  // of the whole disc
+    int32_t lastSessionStart = 0;  // first sector of the last session; 0 when the disc has one
+};
+// Where the grabber reads the table of contents: libcdio unless a test hands
+// a disc of its own (an image cannot say where its sessions start).
+using DiscTocReader = std::function<DiscToc(CdIo_t*)>;
+DiscTocReader& discTocReader();
+DiscToc ReadDiscToc(CdIo_t* cdio);
+
+// On a multisession disc the next session starts this many sectors after the
+// lead-out of the one before: lead-out, lead-in and pregap.
+inline constexpr int32_t kSessionGap = 11400;
+
+// The whole name lookup, host name included, ends within this time.
+inline constexpr int kLookupDeadlineMs = 10000;
 
 struct FreeDBQuerySettings {
     int ProxyMode = 0;
@@ -59,6 +84,8 @@ public:
     QString DiscArtist() const { return mArtist; }
     QString DiscTitle() const { return mTitle; }
     QString TrackTitle() const;
+    // Whether the selected track holds sound; a data track is numbered but not played.
+    bool TrackIsAudio() const { return selected().audio; }
     // Read options of the interface; reading here is the same for every use.
     void GrabOptionA(int value) { mOptions[0] = value; }
     void GrabOptionB(int value) { mOptions[1] = value; }
@@ -75,6 +102,9 @@ signals:
     void FreeDBQueryStatus(int32_t status);
     // 0 to 100; exactly 100 only once the file is complete.
     void OperationProgress(double progress);
+    // The rip stopped at a sector that could not be read (a scratch, the disc
+    // taken out); no 100 follows.
+    void OperationFailed(const QString& description);
 
 private:
     struct Track {
@@ -85,8 +115,10 @@ private:
         bool audio = true;
     };
     const Track& selected() const;
+    const Track& selectedAudio() const;
     QList<const Track*> sessionTracks(int session) const;
     void joinWorkers();
+    void endLookup(int status);
 
     QString mSource;
     CdIo_t* mCdio = nullptr;
@@ -101,6 +133,7 @@ private:
     QString mTitle;
     QStringList mTrackTitles;  // by disc track number - 1
     std::thread mRip;
-    std::thread mLookup;
     std::shared_ptr<std::atomic_bool> mCancel;
+    int mLookupId = 0;  // a late answer of an abandoned lookup is dropped
+    bool mLookupOpen = false;
 };

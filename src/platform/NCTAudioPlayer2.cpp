@@ -2,10 +2,10 @@
 
 #include "core/CError.h"
 #include "platform/SoundLevel.h"
+#include "platform/SoundOutput.h"
 
 #include <QAudioFormat>
 #include <QAudioSink>
-#include <QMediaDevices>
 #include <QTimer>
 #include <algorithm>
 #include <cmath>
@@ -103,7 +103,7 @@ void NCTAudioPlayer2::StartArrayPlay()
     mStatus = 0;
     mEnded = false;
     mStall.Reset();
-    const QAudioDevice device = QMediaDevices::defaultAudioOutput();
+    const QAudioDevice device = SoundOutput();
     QAudioFormat format;
     format.setSampleRate(mRate);
     format.setChannelCount(mChannels);

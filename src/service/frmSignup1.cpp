@@ -17,15 +17,30 @@
 #include "skin/CPictureButton.h"
 #include "skin/SkinStyle.h"
 #include "skin/frmMessage.h"
+#include "wire/Windows1252.h"
 
 #include <QComboBox>
 #include <QCoreApplication>
 #include <QLineEdit>
+#include <algorithm>
 #include <optional>
 
 namespace {
 constexpr int kTriesAtSignUp = 5;
 constexpr int kShortestPassword = 6;
+
+// The login sends the password as it stands in its query, where these cut or
+// change it (and "'" is taken out of every query); a character without a byte
+// in the wire's code page cannot travel at all. A password holding one could
+// be signed up but never logged in with.
+bool loginCarries(const QString& password)
+{
+    static const QString kCut = QStringLiteral("&=%+#?' ");
+    return std::all_of(password.begin(), password.end(), [](QChar c) {
+        const char16_t u = c.unicode();
+        return u >= 0x20 && u != 0x7F && !kCut.contains(c) && (u < 0x80 || wire::Windows1252Byte(u) != 0);
+    });
+}
 
 // The fields the form keeps in the settings between tries, by box.
 const QList<std::pair<const char*, const char*>> kRemembered = {{"txtFirstName", "FirstName"},
@@ -222,6 +237,7 @@ bool frmSignup1::ValidateForm()
         {txtConfirmPassword->text().isEmpty(), QStringLiteral("Please confirm your password."), txtConfirmPassword},
         {password.size() < kShortestPassword, QStringLiteral("Your password should be at least 6 characters long."),
          txtPassword},
+        {!loginCarries(password), kPasswordCharacters, txtPassword},
         {password != txtConfirmPassword->text(), QStringLiteral("Passwords do not match. Please try again."),
          txtPassword},
         {email.isEmpty() || !email.contains(QLatin1Char('@')) || !email.contains(QLatin1Char('.')),

@@ -5,6 +5,13 @@
 // the activation and the first login.
 #include "skin/CSkinWindow.h"
 
+#include <QString>
+
+// The form's word on a password the login could not carry.
+inline const QString kPasswordCharacters = QStringLiteral(
+    "Your password can't have spaces or any of & = % + # ? ' in it. Please use letters, numbers and other "
+    "symbols.");
+
 class CClickLabel;
 class CSignUpManager;
 class QLabel;

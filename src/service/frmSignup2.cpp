@@ -17,12 +17,19 @@
 #include <QSignalBlocker>
 
 namespace {
-// A list page's reply; "err" or nothing means the list did not come.
+// A list page's reply; "err" means the list did not come. An empty reply is
+// a list with nothing in it.
 bool FetchList(int32_t pageType, const QString& params, QString& reply)
 {
     QString query = params;
     reply = CHTTPCall().GetPage(pageType, query, true, kServiceTimeOut);
-    return reply != kServerUnreachable && !reply.isEmpty();
+    return reply != kServerUnreachable;
+}
+
+// A list the service left empty says so, rather than standing blank.
+void SayIfEmpty(QComboBox* list)
+{
+    list->setPlaceholderText(list->count() == 0 ? kNothingToChoose : QString());
 }
 
 // A new entry; a list that had no selection keeps none.
@@ -130,7 +137,11 @@ bool frmSignup2::LoadLists()
 {
     for (QComboBox* list : {cmbPhoneMake, cmbPhoneModel, cmbCountry, cmbNetworkOperator})
         list->clear();
-    return LoadProviders() && LoadVendors() && Initialize();
+    const bool worked = LoadProviders() && LoadVendors() && Initialize();
+    // The models come with a make.
+    for (QComboBox* list : {cmbPhoneMake, cmbCountry, cmbNetworkOperator})
+        SayIfEmpty(list);
+    return worked;
 }
 
 bool frmSignup2::LoadProviders()
@@ -208,6 +219,7 @@ void frmSignup2::cmbCountry_Click(int index)
     SetFormEnabled(this, false);
     imgTalkingToServer->show();
     LoadCountryProviders(SelectedId(cmbCountry));
+    SayIfEmpty(cmbNetworkOperator);
     imgTalkingToServer->hide();
     SetFormEnabled(this, true);
 }
@@ -219,6 +231,7 @@ void frmSignup2::cmbPhoneMake_Click(int index)
     SetFormEnabled(this, false);
     imgTalkingToServer->show();
     LoadTerminalTypes(SelectedId(cmbPhoneMake));
+    SayIfEmpty(cmbPhoneModel);
     imgTalkingToServer->hide();
     SetFormEnabled(this, true);
 }

@@ -6,7 +6,12 @@
 // in the order of cmbNetworkOperator's entries.
 #include "skin/CSkinWindow.h"
 
+#include <QString>
+
 class CSignUpManager;
+
+// What a list that the service left empty shows.
+inline const QString kNothingToChoose = QStringLiteral("Nothing to choose from");
 class QComboBox;
 
 // The pair loop of the list pages: "id,name,id,name," gives one entry a name,

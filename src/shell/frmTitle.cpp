@@ -100,6 +100,14 @@ frmTitle& TitleWindow()
 
 void MinimiseToTaskbar(QWidget* frmMain)
 {
+    // On the roads in from the intro the title window is never shown, so it
+    // owns no taskbar entry to come back by: the main window minimises to an
+    // entry of its own instead of hiding.
+    if (!TitleWindow().isVisible()) {
+        if (frmMain)
+            frmMain->showMinimized();
+        return;
+    }
     if (frmMain)
         frmMain->hide();
     TitleWindow().setWindowState(TitleWindow().windowState() | Qt::WindowMinimized);

@@ -24,7 +24,8 @@ protected:
 // The program's one title window, made and loaded on first use.
 frmTitle& TitleWindow();
 
-// lblMinimize of the main window: hide it and minimise the title window.
+// lblMinimize of the main window: hide it and minimise the title window; on
+// the roads where the title window is never shown, minimise the main window.
 void MinimiseToTaskbar(QWidget* frmMain);
 
 void DropTitleWindow();

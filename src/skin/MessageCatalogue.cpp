@@ -72,6 +72,9 @@ QList<MessageWindowRow> build()
                                   "or microphone ready."));
     rows << notice(QStringLiteral("frmInsertCD"), QStringLiteral("No CD in the drive"),
                    QStringLiteral("There's no audio CD in the drive. Pop one in and try again."));
+    rows << notice(QStringLiteral("frmNoSoundOutput"), QStringLiteral("No sound output"),
+                   QStringLiteral("There's no sound output on this computer, so Quillotone can't play. "
+                                  "Plug in speakers or headphones and try again."));
     rows << notice(QStringLiteral("frmInvalidFileFormat"), QStringLiteral("Can't open this file"),
                    QStringLiteral("Sorry, this file isn't in a format Quillotone can open. "
                                   "Try an MP3, WAV or WMA file."));

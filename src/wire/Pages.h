@@ -1,6 +1,7 @@
 #pragma once
 // The names of the service's pages, as the program asks for them and the
-// service answers them. Query parameters are not part of a name.
+// service answers them (the last one only people open). Query parameters are
+// not part of a name.
 namespace wire {
 inline constexpr char kServiceProviderList[] = "GetServiceProviderList.asp";
 inline constexpr char kTerminalVendorList[] = "GetTerminalVendorList.asp";
@@ -22,4 +23,5 @@ inline constexpr char kCodePicture[] = "qtc/JpegImage.aspx";
 inline constexpr char kHelp[] = "help.asp";
 inline constexpr char kPassword[] = "password.asp";
 inline constexpr char kOutbox[] = "outbox.asp";
+inline constexpr char kOperator[] = "operator.asp";
 }  // namespace wire

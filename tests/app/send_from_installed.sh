@@ -3,7 +3,7 @@
 # first tone, from the installed program, as they would send it: sign in,
 # skip the music search, open a song, mark three seconds, send, use a free
 # quill. The program reads only its settings, so those aim it at the service.
-# Windows are told apart by their size: every skinned window is a fixed picture.
+# Windows are told apart by their names, which each skinned window gives as its role.
 set -euo pipefail
 prefix=$1 base=$2 data=$3
 scratch=$(mktemp -d)
@@ -44,45 +44,47 @@ ASAN_OPTIONS=detect_leaks=0 "$prefix/bin/quillotone" >"$scratch/program.log" 2>&
 program=$!
 pids+=($program)
 
-# The newest visible window of one of the given sizes (a|b), once it is up;
-# $seen is that window and $size its size.
+# The newest visible window of one of the given names (a|b), once it is up
+# within tries tenths of a second; $seen is that window and $name its name
+# (the window's role). False if none came.
 seen=""
-size=""
-await() {
-  local sizes=$1 what=$2 w
-  for _ in $(seq 600); do
-    kill -0 "$program" 2>/dev/null || fail "the program ended before $what"
+name=""
+appears() {
+  local names=$1 tries=$2 w
+  for _ in $(seq "$tries"); do
+    kill -0 "$program" 2>/dev/null || fail "the program ended while waiting for $names"
     for w in $(xdotool search --onlyvisible --name Quillotone 2>/dev/null | sort -n -r); do
       [ "$w" != "$seen" ] || continue
-      size=$(xdotool getwindowgeometry "$w" 2>/dev/null | sed -n 's/.*Geometry: //p' || true)
-      if [[ "|$sizes|" == *"|$size|"* ]]; then
+      name=$(xprop -id "$w" WM_WINDOW_ROLE 2>/dev/null | sed -n 's/.* = "\(.*\)"$/\1/p' || true)
+      if [[ "|$names|" == *"|$name|"* ]]; then
         seen=$w
         sleep 0.5  # let it paint and take the pointer
-        return
+        return 0
       fi
     done
     sleep 0.1
   done
-  fail "$what never came"
+  return 1
 }
+await() { appears "$1" 600 || fail "$2 never came"; }
 click() { xdotool mousemove --window "$seen" "$1" "$2" click 1; }
 # Keys go to the window under the pointer: there is no window manager.
 keys() { xdotool mousemove --window "$seen" 20 60; "$@"; }
 
-await 420x330 "the sign-in window"
+await frmLogin "the sign-in window"
 keys xdotool type --delay 20 0412345678
 keys xdotool key Tab
 keys xdotool type --delay 20 tonedemo
 keys xdotool key Return
 # The service's news come once to an account; the offer to search for music
 # comes while there is no music list.
-await "440x300|400x230" "the news or the offer to search for music"
-if [ "$size" = 440x300 ]; then
+await "frmAnnouncements|frmConfirmSearch" "the news or the offer to search for music"
+if [ "$name" = frmAnnouncements ]; then
   keys xdotool key Return
-  await 400x230 "the offer to search for music"
+  await frmConfirmSearch "the offer to search for music"
 fi
 click 267 192  # Not now
-await 452x225 "the main window"
+await frmMain "the main window"
 main=$seen
 click 36 193  # Open
 for _ in $(seq 100); do
@@ -99,14 +101,22 @@ for _ in $(seq 100); do
   [ -n "$(xdotool search --onlyvisible --name "^Open$" 2>/dev/null)" ] || break
   sleep 0.1
 done
-sleep 2  # the song decodes into the editor
-seen=$main
-xdotool mousemove --window "$main" 70 133 mousedown 1 mousemove --window "$main" 150 133 \
-  mousemove --window "$main" 230 133 mouseup 1
-click 403 193  # Send
-await 400x230 "the free quill question"
+# Mark three seconds and send. While the song still loads the window takes
+# no clicks, or there is nothing to mark and Send says so: then try again.
+for try in $(seq 60); do
+  seen=$main
+  xdotool mousemove --window "$main" 70 133 mousedown 1 mousemove --window "$main" 150 133 \
+    mousemove --window "$main" 230 133 mouseup 1
+  click 403 193  # Send
+  if appears "frmAboutToUseFreeQuill|frmNoToneSelected|frmToneNotTrimmed" 50; then
+    [ "$name" = frmAboutToUseFreeQuill ] && break
+    keys xdotool key Return
+  fi
+  [ "$try" -lt 60 ] || fail "the free quill question never came"
+  sleep 1
+done
 click 131 192  # Send it
-await 400x230 "the word that the tone is on its way"
+await frmSent "the word that the tone is on its way"
 
 tones=("$data"/tones/*.amr)
 [ -s "${tones[0]}" ] || fail "no tone reached the service's outbox"

@@ -1,4 +1,5 @@
 #include "core/CError.h"
+#include "core/codepage.h"
 #include "core/globals.h"
 #include "core/modCommon.h"
 #include "core/modEncryption.h"
@@ -136,6 +137,26 @@ private slots:
         const QString before = value;
         QTEST(EncodeForUrl(value), "encoded");
         QCOMPARE(value, before);
+    }
+
+    // Every byte reads as one character and comes back as itself, the five
+    // unassigned ones too (the server reads them by the same table).
+    void codePage_byteAndCharacter_data()
+    {
+        QTest::addColumn<int>("byte");
+        QTest::addColumn<int>("character");
+        QTest::addRow("euro") << 0x80 << 0x20AC;
+        for (const int unassigned : {0x81, 0x8D, 0x8F, 0x90, 0x9D})
+            QTest::addRow("unassigned %02X", unassigned) << unassigned << unassigned;
+        QTest::addRow("last of the table") << 0x9F << 0x0178;
+        QTest::addRow("Latin-1 above") << 0xE9 << 0x00E9;
+    }
+    void codePage_byteAndCharacter()
+    {
+        QFETCH(int, byte);
+        QFETCH(int, character);
+        QCOMPARE(int(codepage::FromAnsiByte(static_cast<unsigned char>(byte)).unicode()), character);
+        QCOMPARE(int(codepage::ToAnsiByte(QChar(character))), byte);
     }
 
     void fileToHexString_failures_data()

@@ -5,12 +5,16 @@
 #include "core/seams.h"
 #include "delivery/CQueueManager.h"
 #include "delivery/ToneFormats.h"
+#include "delivery/ToneSizeLimit.h"
 #include "delivery/ToneUpload.h"
 #include "delivery/frmUploadingTone.h"
 #include "service/CHTTPCall.h"
+#include "skin/ControlTag.h"
+#include "support/DialogAnswerer.h"
 #include "support/Files.h"
 #include "support/TestGround.h"
 
+#include <QApplication>
 #include <QDomDocument>
 #include <QFile>
 #include <QRegularExpression>
@@ -76,6 +80,64 @@ private slots:
         QCOMPARE(ConvertedFilePath(f), ground->tempFolder() + "/" + name);
         QTEST(f.contentType, "type");
         QTEST(f.extension, "ext");
+    }
+
+    void limit_data()
+    {
+        QTest::addColumn<QString>("setting");
+        QTest::addColumn<qint64>("limit");  // -1: none
+        QTest::addRow("50 KB") << "50 KB" << qint64(51200);
+        QTest::addRow("100 KB") << "100 KB" << qint64(102400);
+        QTest::addRow("150 KB") << "150 KB" << qint64(153600);
+        QTest::addRow("200 KB") << "200 KB" << qint64(204800);
+        QTest::addRow("500 KB") << "500 KB" << qint64(512000);
+        QTest::addRow("Unlimited") << "Unlimited" << qint64(-1);
+        QTest::addRow("absent") << "" << qint64(150000);
+        QTest::addRow("abc") << "abc" << qint64(150000);
+        QTest::addRow("case counts") << "unlimited" << qint64(150000);
+        QTest::addRow("no blank") << "150KB" << qint64(150000);
+    }
+    void limit()
+    {
+        QFETCH(QString, setting);
+        QTEST(qint64(MaxToneSizeLimit(setting).value_or(-1)), "limit");
+    }
+
+    void toneSizeLimit_data()
+    {
+        QTest::addColumn<QString>("setting");
+        QTest::addColumn<int>("bytes");
+        QTest::addColumn<QString>("answer");  // empty: no dialog expected
+        QTest::addColumn<bool>("goOn");
+        QTest::addRow("over 150 KB, give up") << "150 KB" << 200000 << "imgOK" << false;
+        QTest::addRow("over 150 KB, send anyway") << "150 KB" << 200000 << "imgCancel" << true;
+        QTest::addRow("at the default") << "" << 150000 << "" << true;
+        QTest::addRow("150 KB is more than the default") << "150 KB" << 153600 << "" << true;
+    }
+    void toneSizeLimit()
+    {
+        QFETCH(QString, setting);
+        QFETCH(int, bytes);
+        QFETCH(QString, answer);
+        QFETCH(bool, goOn);
+        SaveAppSetting("MaxToneSize", setting, kSettings);
+        const QString tone = ground->programFolder() + "/20261123101010.amr";
+        WriteFile(tone, QByteArray(bytes, 'x'));
+        DialogAnswerer answers;
+        QString sizeShown;
+        if (!answer.isEmpty()) {
+            answers.answer("frmToneTooBig", answer);
+            QTimer::singleShot(0, this, [&] {
+                if (auto* w = QApplication::activeModalWidget())
+                    sizeShown = ControlTag(w->findChild<QObject*>("lblTooBig"));
+            });
+        }
+        bool result = !goOn;
+        CheckToneSize(tone, result);
+        QCOMPARE(result, goOn);
+        QVERIFY2(answers.finishedCleanly(), qPrintable(answers.problems()));
+        if (!answer.isEmpty())
+            QCOMPARE(sizeShown, QString::number(bytes));
     }
 
     void toneDataFields_data()

@@ -93,18 +93,18 @@ private slots:
                  qPrintable(progress.first()));
         QCOMPARE(text("lblSoundFile"), QString("Some Song.mp3"));
         QCOMPARE(tag("lblSoundFile"), song);
-        QCOMPARE(form->mstrCurrentFile, song);
+        QCOMPARE(form->mobjTone->mstrCurrentFile, song);
         QCOMPARE(text("lblSongLength"), QString("0m 10s"));
         QCOMPARE(text("lblToneLength"), QString("0m 10s"));
-        QVERIFY(!form->mbTrimmed);
+        QVERIFY(!form->mobjTone->mbTrimmed);
 
         select(2.0, 5.0);
         QCOMPARE(text("lblToneLength"), QString("0m 3s"));
         QCOMPARE(text("lblToneSize"), QString("~5Kb"));  // 3 s x 1600 / 1024 = 4.69
 
         release("cmdTrim");
-        QVERIFY(form->mbTrimmed);
-        QCOMPARE(form->msngTrimOffset, 2.0f);
+        QVERIFY(form->mobjTone->mbTrimmed);
+        QCOMPARE(form->mobjTone->msngTrimOffset, 2.0f);
         QCOMPARE(editor()->ViewStart(), int32_t(2 * 44100));
         QCOMPARE(editor()->ViewEnd(), int32_t(5 * 44100));
         // The cursor stood at 0, before the trimmed part: it moves to its start.
@@ -113,8 +113,8 @@ private slots:
         QCOMPARE(text("lblCurrentPosition"), QString("00m 02s"));  // 4 s less the 2 s offset
 
         release("cmdReset");
-        QVERIFY(!form->mbTrimmed);
-        QCOMPARE(form->msngTrimOffset, 0.0f);
+        QVERIFY(!form->mobjTone->mbTrimmed);
+        QCOMPARE(form->mobjTone->msngTrimOffset, 0.0f);
         QCOMPARE(editor()->ViewStart(), 0);
         QCOMPARE(editor()->ViewEnd(), editor()->TotalSamples());
         QVERIFY(editor()->SelectionStart() == 0 && editor()->SelectionEnd() == 0);
@@ -182,7 +182,7 @@ private slots:
         if (trimmed)
             release("cmdTrim");
         QVERIFY2(answers.finishedCleanly(), qPrintable(answers.problems()));
-        QCOMPARE(form->mbTrimmed, trimmed);
+        QCOMPARE(form->mobjTone->mbTrimmed, trimmed);
     }
 
     // Open starts in the music folder, or at home without one, with no file
@@ -242,7 +242,7 @@ private slots:
             qunsetenv("XDG_CONFIG_HOME");
         QCOMPARE(folder, musicFolder ? fakeHome + "/Music" : fakeHome);
         QCOMPARE(name, QString());
-        QVERIFY(form->mstrCurrentFile.isEmpty());
+        QVERIFY(form->mobjTone->mstrCurrentFile.isEmpty());
         QCOMPARE(filters, QStringList({"Music files (*.mp3, *.wav, *.wma)", "All files (*.*)"}));
         QCOMPARE(music, QStringList({"a.mp3", "B.WAV", "c.Wma"}));
         QCOMPARE(all, QStringList({"a.mp3", "B.WAV", "c.Wma", "notes.txt", "README"}));
@@ -274,12 +274,12 @@ private slots:
         form->LoadSoundFile(path);
         QCOMPARE(text("lblSoundFile"), QString("Select a sound file or rip a CD..."));
         QCOMPARE(tag("lblToneLength"), QString("err"));
-        QCOMPARE(form->mstrCurrentFile, song);  // the old file stays behind the words
+        QCOMPARE(form->mobjTone->mstrCurrentFile, song);  // the old file stays behind the words
         QCOMPARE(editor()->TotalSamples(), 0);   // but none of its sound, to play or send
-        QVERIFY(!form->mbTrimmed);
+        QVERIFY(!form->mobjTone->mbTrimmed);
         QCOMPARE(text("lblSongLength"), QString("00m 00s"));
         measuresFit();  // the prompt too stands whole on its line
-        QVERIFY(form->Button("cmdOpen")->isEnabled() && !form->mbBusy);
+        QVERIFY(form->Button("cmdOpen")->isEnabled() && !form->mobjTone->mbBusy);
         form->LoadSoundFile(path);  // "err" is still there for the next failure
         QCOMPARE(tag("lblToneLength"), QString("err"));
         QVERIFY2(answers.finishedCleanly(), qPrintable(answers.problems()));
@@ -295,14 +295,14 @@ private slots:
         form->LoadSoundFile(song);
         select(1.0, 3.0);
         release("cmdPlay");
-        QVERIFY(form->mbPlaying);
+        QVERIFY(form->mobjTone->mbPlaying);
         QTRY_VERIFY(editor()->IsPlaying());
         release("cmdStop");
-        QVERIFY(!form->mbPlaying);
+        QVERIFY(!form->mobjTone->mbPlaying);
         QVERIFY(!editor()->IsPlaying());
         form->mbRecordMode = true;
         release("cmdPlay");
-        QVERIFY(!form->mbPlaying);
+        QVERIFY(!form->mobjTone->mbPlaying);
     }
 
     // The zoom window hands back its marks exactly, over the full view; the
@@ -313,12 +313,14 @@ private slots:
         QTest::addColumn<double>("from");
         QTest::addColumn<double>("to");
         QTest::addColumn<bool>("trimInZoom");
+        QTest::addColumn<bool>("click");  // one click in the wave after the marks: the play cursor moves
         QTest::addColumn<QString>("press");
         QTest::addColumn<QStringList>("shown");  // length and size captions after
-        QTest::addRow("marks, OK") << false << 2.0 << 7.0 << false << "cmdOK" << QStringList{"0m 5s", "~8Kb"};
-        QTest::addRow("trimmed in the zoom, OK") << false << 1.0 << 4.0 << true << "cmdOK" << QStringList{"0m 3s", "~5Kb"};
-        QTest::addRow("main trimmed, OK") << true << 6.0 << 8.5 << false << "cmdOK" << QStringList{"0m 2s", "~4Kb"};
-        QTest::addRow("Cancel") << false << 2.0 << 7.0 << false << "cmdCancel" << QStringList{"0m 1s", "~2Kb"};
+        QTest::addRow("marks, OK") << false << 2.0 << 7.0 << false << false << "cmdOK" << QStringList{"0m 5s", "~8Kb"};
+        QTest::addRow("trimmed in the zoom, OK") << false << 1.0 << 4.0 << true << false << "cmdOK" << QStringList{"0m 3s", "~5Kb"};
+        QTest::addRow("trimmed in the zoom, a click, OK") << false << 1.0 << 4.0 << true << true << "cmdOK" << QStringList{"0m 3s", "~5Kb"};
+        QTest::addRow("main trimmed, OK") << true << 6.0 << 8.5 << false << false << "cmdOK" << QStringList{"0m 2s", "~4Kb"};
+        QTest::addRow("Cancel") << false << 2.0 << 7.0 << false << false << "cmdCancel" << QStringList{"0m 1s", "~2Kb"};
     }
     void zoomHandBack()
     {
@@ -326,6 +328,7 @@ private slots:
         QFETCH(double, from);
         QFETCH(double, to);
         QFETCH(bool, trimInZoom);
+        QFETCH(bool, click);
         QFETCH(QString, press);
         QFETCH(QStringList, shown);
         form->LoadSoundFile(song);
@@ -345,7 +348,10 @@ private slots:
             QCoreApplication::processEvents();
             if (trimInZoom)
                 emit zoom->Button("cmdTrim")->Released();
+            if (click)
+                QTest::mouseClick(zoom->AudioEditor21, Qt::LeftButton, {}, zoom->AudioEditor21->rect().center());
             emit zoom->Button(press)->Released();
+            zoom->Hide();  // a refusal fails the case rather than leaving the window up
         });
         emit form->findChild<CClickLabel*>("imgZoom")->Click();
         QVERIFY2(answers.finishedCleanly(), qPrintable(answers.problems()));
@@ -356,9 +362,52 @@ private slots:
         QCOMPARE(editor()->SelectionEnd(), int32_t((ok ? to : 4.0) * 44100));
         QCOMPARE(text("lblToneLength"), shown[0]);
         QCOMPARE(text("lblToneSize"), shown[1]);
-        QCOMPARE(form->mbTrimmed, mainTrimmed);
+        QCOMPARE(form->mobjTone->mbTrimmed, mainTrimmed);
         const bool fullView = ok || !mainTrimmed;
         QCOMPARE(editor()->ViewStart(), fullView ? 0 : int32_t(3 * 44100));
+        QVERIFY(form->Button("cmdOpen")->isEnabled());
+    }
+
+    // Zoom needs a sound that opens: with none, or after a failed load, it
+    // says so; a file gone since it was opened is said to be unreadable and
+    // the zoom window closes. The main window keeps what it had.
+    void zoomRefuses_data()
+    {
+        QTest::addColumn<QString>("situation");
+        QTest::addColumn<QStringList>("windows");
+        QTest::addRow("nothing loaded") << "empty" << QStringList{"frmNoToneSelected"};
+        QTest::addRow("after a failed load") << "failed" << QStringList{"frmNoToneSelected"};
+        QTest::addRow("file gone since") << "gone" << QStringList{"frmZoomEdit", "frmInvalidFileFormat"};
+    }
+    void zoomRefuses()
+    {
+        QFETCH(QString, situation);
+        QFETCH(QStringList, windows);
+        DialogAnswerer answers;
+        if (situation != "empty") {
+            form->LoadSoundFile(song);
+            select(2.0, 3.0);
+        }
+        if (situation == "failed") {
+            answers.answer("frmInvalidFileFormat", "imgOK");
+            form->LoadSoundFile(writeFile("letter.mp3", QByteArray("Dear John, no song.\n").repeated(50)));
+        }
+        if (situation == "gone")
+            QVERIFY(QFile::remove(song));
+        for (const QString& window : windows) {
+            if (window == "frmZoomEdit") {
+                answers.answer(window, [this](QWidget* zoom) {
+                    // It closes itself once its load has told of the failure.
+                    QTRY_VERIFY_WITH_TIMEOUT(!zoom->isVisible(), 20000);
+                    static_cast<frmZoomEdit*>(zoom)->Hide();
+                });
+            } else {
+                answers.answer(window, "imgOK");
+            }
+        }
+        emit form->findChild<CClickLabel*>("imgZoom")->Click();
+        QVERIFY2(answers.finishedCleanly(), qPrintable(answers.problems()));
+        QCOMPARE(editor()->SelectionEnd(), situation == "gone" ? int32_t(3 * 44100) : 0);
         QVERIFY(form->Button("cmdOpen")->isEnabled());
     }
 
@@ -417,49 +466,13 @@ private slots:
         QVERIFY(moved.wait(1000));
         QCOMPARE(moved.first().first().toInt(), 35000);
         QTest::mouseRelease(up, Qt::LeftButton);
-        QCOMPARE(form->mintVolumeDirection, int16_t(0));
+        QCOMPARE(form->mobjTone->mintVolumeDirection, int16_t(0));
         QCOMPARE(form->NCTSliderB21->Value(), 35000);  // released before the next tick
         QCOMPARE(editor()->Volume(), 35000);           // slider and volume are one to one
         QTest::mousePress(down, Qt::LeftButton);
         QVERIFY(moved.wait(1000));
         QTest::mouseRelease(down, Qt::LeftButton);
         QCOMPARE(form->NCTSliderB21->Value(), 32000);
-    }
-
-    void toneSizeLimit_data()
-    {
-        QTest::addColumn<QString>("setting");
-        QTest::addColumn<int>("bytes");
-        QTest::addColumn<QString>("answer");  // empty: no dialog expected
-        QTest::addColumn<bool>("goOn");
-        QTest::addRow("over 150 KB, give up") << "150 KB" << 200000 << "imgOK" << false;
-        QTest::addRow("over 150 KB, send anyway") << "150 KB" << 200000 << "imgCancel" << true;
-        QTest::addRow("at the default") << "" << 150000 << "" << true;
-        QTest::addRow("150 KB is more than the default") << "150 KB" << 153600 << "" << true;
-    }
-    void toneSizeLimit()
-    {
-        QFETCH(QString, setting);
-        QFETCH(int, bytes);
-        QFETCH(QString, answer);
-        QFETCH(bool, goOn);
-        SaveAppSetting("MaxToneSize", setting, kSettings);
-        const QString tone = writeFile("20261123101010.amr", QByteArray(bytes, 'x'));
-        DialogAnswerer answers;
-        QString sizeShown;
-        if (!answer.isEmpty()) {
-            answers.answer("frmToneTooBig", answer);
-            QTimer::singleShot(0, this, [&] {
-                if (auto* w = QApplication::activeModalWidget())
-                    sizeShown = ControlTag(w->findChild<QObject*>("lblTooBig"));
-            });
-        }
-        bool result = !goOn;
-        form->CheckToneSize(tone, result);
-        QCOMPARE(result, goOn);
-        QVERIFY2(answers.finishedCleanly(), qPrintable(answers.problems()));
-        if (!answer.isEmpty())
-            QCOMPARE(sizeShown, QString::number(bytes));
     }
 
     // My Music hands a song to the editor through its Tag.
@@ -493,10 +506,10 @@ private slots:
         });
         release("cmdMyMusic");
         QVERIFY2(answers.finishedCleanly(), qPrintable(answers.problems()));
-        QCOMPARE(form->mstrCurrentFile, loaded ? chosen : QString());
+        QCOMPARE(form->mobjTone->mstrCurrentFile, loaded ? chosen : QString());
         QTEST(text("lblSoundFile"), "status");
         QCOMPARE(text("lblSongLength"), QString(loaded ? "0m 10s" : "00m 00s"));
-        QVERIFY(form->isEnabled() && form->Button("cmdOpen")->isEnabled() && !form->mbBusy);
+        QVERIFY(form->isEnabled() && form->Button("cmdOpen")->isEnabled() && !form->mobjTone->mbBusy);
     }
 
     void signOutActsOnReleaseWhereverTheMouseWent()

@@ -1,10 +1,13 @@
+#include "core/globals.h"
 #include "core/seams.h"
 #include "editing/CAudioRecorder.h"
 #include "editing/frmMain.h"
+#include "platform/CDSource.h"
 #include "platform/AudioEditor2.h"
 #include "platform/NCTAmpBar2.h"
 #include "platform/NCTAudioPlayer2.h"
 #include "skin/CPictureButton.h"
+#include "support/Files.h"
 #include "support/MainWindowFixture.h"
 #include "support/QuietOffscreen.h"
 #include "support/SoundFiles.h"
@@ -76,6 +79,8 @@ private slots:
         release("cmdRecord");
         QVERIFY(form->mbRecording && form->mobjRecord->Recording());
         QVERIFY(answerer->allAnswered());
+        release("imgStartRecording");  // a second Start asks nothing and the take runs on
+        QVERIFY(form->mobjRecord->Recording());
 
         // At silence the bars rest just above zero; the tone lifts them.
         auto* recorder = form->mobjRecord->findChild<NCTAudioRecord2*>();
@@ -93,7 +98,7 @@ private slots:
         release("imgStopRecording");
         QVERIFY(!form->mbRecordMode && !form->mbRecording && !form->mobjRecord->Recording());
         const QString take = recordings() + "/recording1.wav";
-        QCOMPARE(form->mstrCurrentFile, take);
+        QCOMPARE(form->mobjTone->mstrCurrentFile, take);
         QCOMPARE(text("lblSoundFile"), QString("recording1.wav"));
         QVERIFY(form->AudioEditor21->isVisibleTo(form));
         // The take in the editor holds the tone: its length and its pitch.
@@ -104,7 +109,7 @@ private slots:
         const auto last = samples.rend() - std::find_if(samples.rbegin(), samples.rend(), loud);
         const double seconds = double(last - first) / 44100;
         QVERIFY2(std::abs(seconds - 3.0) <= 0.1, qPrintable(QString::number(seconds)));
-        const double pitch = CrossingsPerSecond(samples, 44100, first / 44100.0 + 0.2, last / 44100.0 - 0.2) / 2;
+        const double pitch = MedianPitch(samples, 44100, first / 44100.0 + 0.2, last / 44100.0 - 0.2);
         QVERIFY2(std::abs(pitch - 500) <= 10, qPrintable(QString::number(pitch)));
 
         // A second take is the second file; the first stays.
@@ -112,8 +117,64 @@ private slots:
         startTake();
         QTRY_VERIFY(elapsed >= 0.3);
         release("cmdStop");
-        QCOMPARE(form->mstrCurrentFile, recordings() + "/recording2.wav");
+        QCOMPARE(form->mobjTone->mstrCurrentFile, recordings() + "/recording2.wav");
         QVERIFY(QFile::exists(take));
+    }
+
+    // Agreeing to record over a trimmed sound is asked once, at Rec: the armed window holds no trim.
+    void recordOverATrimAsksOnce()
+    {
+        const auto window = openMainWindow();
+        QVERIFY(form->LoadSoundFile(MakeTone(scratch("song.wav"), 4.0, 500)));
+        form->AudioEditor21->SetSelectionStart(44100);
+        form->AudioEditor21->SetSelectionEnd(2 * 44100);
+        release("cmdTrim");
+        QVERIFY(form->mobjTone->mbTrimmed);
+        answerer->answer("frmRecordDuringAudio", "imgOK");
+        startTake();
+        QVERIFY2(answerer->finishedCleanly(), qPrintable(answerer->problems()));
+        QVERIFY(form->mobjRecord->Recording() && !form->mobjTone->mbTrimmed);
+        QTRY_VERIFY_WITH_TIMEOUT(elapsed >= 0.3, 10000);
+        release("cmdStop");
+    }
+
+    // Open, CD and My Music leave record mode: a take ends first, and the
+    // window is empty, with no sound of before to play or trim.
+    void leavingRecordMode_data()
+    {
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<QString>("opens");  // the window the button opens, answered at once
+        QTest::addColumn<QString>("control");
+        QTest::addColumn<bool>("take");
+        QTest::addRow("Open cancelled, armed") << "cmdOpen" << "CommonDialog1" << "Escape" << false;
+        QTest::addRow("Open during a take") << "cmdOpen" << "CommonDialog1" << "Escape" << true;
+        QTest::addRow("CD during a take") << "cmdRip" << "frmInsertCD" << "imgOK" << true;
+        QTest::addRow("My Music during a take") << "cmdMyMusic" << "frmMyMusic2" << "imgCancel" << true;
+    }
+    void leavingRecordMode()
+    {
+        QFETCH(QString, button);
+        QFETCH(bool, take);
+        const auto window = openMainWindow();
+        SetCDImage(scratch("nothing.cue"));  // no disc
+        QVERIFY(WriteFile(gstrMyMusicPath, "<?xml version=\"1.0\"?><Quillotone/>"));  // an empty library
+        const std::unique_ptr<void, void (*)(void*)> noImage(this, [](void*) { SetCDImage({}); });
+        QVERIFY(form->LoadSoundFile(MakeTone(scratch("song.wav"), 3.0, 500)));
+        release("cmdRecord");
+        if (take) {
+            answerer->answer("frmStartRecording", "imgOK");
+            release("cmdRecord");
+            QTRY_VERIFY_WITH_TIMEOUT(elapsed >= 0.3, 10000);
+        }
+        QFETCH(QString, opens);
+        QFETCH(QString, control);
+        answerer->answer(opens, control);
+        emit form->Button(qPrintable(button))->Released();
+        QVERIFY2(answerer->finishedCleanly(), qPrintable(answerer->problems()));
+        QVERIFY(!form->mobjRecord->Recording() && !form->mbRecording && !form->mbRecordMode);
+        QVERIFY(!form->mobjTone->HasSound() && form->mobjTone->mstrCurrentFile.isEmpty());
+        QCOMPARE(text("lblSoundFile"), QString("Select a sound file or rip a CD..."));
+        QVERIFY(form->AudioEditor21->isVisibleTo(form));
     }
 
     // A take that cannot be kept leaves record mode with a message or the
@@ -124,12 +185,11 @@ private slots:
         QTest::addColumn<QString>("fault");
         QTest::addColumn<QStringList>("messages");  // window, or "MsgBox:" and its text, in order
         QTest::addColumn<bool>("loaded");
-        QTest::addRow("zero samples") << "none" << QStringList{"frmGenericOKDialog"} << false;
-        QTest::addRow("scratch folder not writable")
-            << "folder" << QStringList{"MsgBox:File not found", "frmInvalidFileFormat"} << false;
-        QTest::addRow("disk fills") << "disk" << QStringList{"MsgBox:Disk full", "frmInvalidFileFormat"} << false;
+        QTest::addRow("zero samples") << "none" << QStringList{"frmInvalidFileFormat"} << false;
+        QTest::addRow("scratch folder not writable") << "folder" << QStringList{"MsgBox:File not found"} << false;
+        QTest::addRow("disk fills") << "disk" << QStringList{"MsgBox:Disk full"} << false;
         QTest::addRow("device vanishes") << "vanish" << QStringList{} << true;
-        QTest::addRow("no input device") << "nodevice" << QStringList{"frmGenericOKDialog"} << false;
+        QTest::addRow("no input device") << "nodevice" << QStringList{"frmInvalidFileFormat"} << false;
     }
     void badTakes()
     {
@@ -163,7 +223,7 @@ private slots:
             QVERIFY(pulse->UnplugDevices());
         setrlimit(RLIMIT_FSIZE, &before);
         static const QHash<QString, QString> buttons{
-            {"MsgBox", "OK"}, {"frmGenericOKDialog", "Enter"}, {"frmInvalidFileFormat", "imgOK"}};
+            {"MsgBox", "OK"}, {"frmInvalidFileFormat", "imgOK"}};
         for (const QString& message : messages)
             answerer->answer(message.section(':', 0, 0), buttons.value(message.section(':', 0, 0)));
         release("imgStopRecording");
@@ -173,13 +233,13 @@ private slots:
             if (messages[i].startsWith("MsgBox"))
                 QCOMPARE(answerer->seen.at(i + 1).text, messages[i].section(':', 1));  // after frmStartRecording
         }
-        QVERIFY(!form->mbRecordMode && !form->mbRecording && !form->mbBusy);
+        QVERIFY(!form->mbRecordMode && !form->mbRecording && !form->mobjTone->mbBusy);
         QVERIFY(form->Button("cmdOpen")->isEnabled());
         if (loaded) {
-            QCOMPARE(form->mstrCurrentFile, recordings() + "/recording1.wav");
+            QCOMPARE(form->mobjTone->mstrCurrentFile, recordings() + "/recording1.wav");
             QVERIFY(form->AudioEditor21->TotalSamples() >= 44100);
         } else {
-            QVERIFY(form->mstrCurrentFile.isEmpty());
+            QVERIFY(form->mobjTone->mstrCurrentFile.isEmpty());
             QCOMPARE(text("lblSoundFile"), QString("Select a sound file or rip a CD..."));
         }
         if (fault == "disk")

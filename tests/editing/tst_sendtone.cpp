@@ -268,6 +268,8 @@ private slots:
             QCOMPARE(answers.seen.first().text, text);
         QVERIFY(form->Button("cmdSend")->isEnabled());
         QCOMPARE(gintFreeQuills, int16_t(2));
+        if (situation == "deleted")  // nothing of the song is left to cut
+            QVERIFY(!form->mobjTone->HasSound() && status() == "Select a sound file or rip a CD...");
         if (situation == "big") {
             QCOMPARE(status(), QString("Ready."));
             QCOMPARE(cache().size(), 1);

@@ -44,27 +44,6 @@ private slots:
         QFETCH(float, offset);
         QTEST(PositionCaption(seconds, offset), "caption");
     }
-
-    void limit_data()
-    {
-        QTest::addColumn<QString>("setting");
-        QTest::addColumn<qint64>("limit");  // -1: none
-        QTest::addRow("50 KB") << "50 KB" << qint64(51200);
-        QTest::addRow("100 KB") << "100 KB" << qint64(102400);
-        QTest::addRow("150 KB") << "150 KB" << qint64(153600);
-        QTest::addRow("200 KB") << "200 KB" << qint64(204800);
-        QTest::addRow("500 KB") << "500 KB" << qint64(512000);
-        QTest::addRow("Unlimited") << "Unlimited" << qint64(-1);
-        QTest::addRow("absent") << "" << qint64(150000);
-        QTest::addRow("abc") << "abc" << qint64(150000);
-        QTest::addRow("case counts") << "unlimited" << qint64(150000);
-        QTest::addRow("no blank") << "150KB" << qint64(150000);
-    }
-    void limit()
-    {
-        QFETCH(QString, setting);
-        QTEST(qint64(MaxToneSizeLimit(setting).value_or(-1)), "limit");
-    }
 };
 
 QTEST_MAIN(tst_ToneMeasures)

@@ -1,4 +1,5 @@
 #include "support/MusicGround.h"
+#include "core/MainWindow.h"
 #include "library/frmMyMusic2.h"
 #include "support/DialogAnswerer.h"
 #include "support/PulseServer.h"
@@ -123,15 +124,23 @@ private slots:
         QTest::addColumn<QString>("answer");
         QTest::addColumn<QStringList>("nodes");
         QTest::addRow("no: the root alone, and no file") << "imgCancel" << QStringList{};
-        QTest::addRow("yes: searched without a window") << "imgOK" << QStringList{"Album"};
+        QTest::addRow("yes: searched in its own window") << "imgOK" << QStringList{"Album"};
     }
     void noLibrary_asksFirst()
     {
         QFETCH(QString, answer);
         QFETCH(QStringList, nodes);
         ground->songs({"Album/a.mp3"});
+        QWidget mainWindow;
+        QWidget* cmdOpen = new QWidget(&mainWindow);
+        SetMainWindow([&] { return &mainWindow; });
         answerer->answer("frmConfirmSearch", answer);
+        // The search shows its count and cancel, and nothing else starts meanwhile.
+        if (answer == "imgOK")
+            answerer->answer("frmSearching4Music", [&](QWidget*) { QVERIFY(!cmdOpen->isEnabled()); });
         open();
+        SetMainWindow({});
+        QVERIFY(cmdOpen->isEnabled());
         QCOMPARE(texts(tree()->topLevelItem(0)), nodes);
         QCOMPARE(QFile::exists(ground->library()), !nodes.isEmpty());
         click(tree(), tree()->topLevelItem(0));
@@ -147,6 +156,8 @@ private slots:
         QTest::addRow("a wma shows the length read before it")
             << QStringList{"a.wav=3", "b.wma=2", "c.mp3=65"} << QStringList{"a.wav=0m 03s", "b.wma=0m 03s", "c.mp3=1m 05s"};
         QTest::addRow("wma only: the first value") << QStringList{"a.wma=2", "b.wma=3"} << QStringList{"a.wma=0m 00s", "b.wma=0m 00s"};
+        QTest::addRow("a name that starts with a dot, as the search finds it")
+            << QStringList{".b.mp3=2", "a.wav=3"} << QStringList{".b.mp3=0m 02s", "a.wav=0m 03s"};
         QTest::addRow("no sound, no dot: the last length")
             << QStringList{"a.wav=4", "b.mp3=0", "cmp3=0"} << QStringList{"a.wav=0m 04s", "b.mp3=0m 04s", "cmp3=0m 04s"};
     }
@@ -200,6 +211,8 @@ private slots:
         for (const char* name : {"a.mp3", "b.mp3", "c.mp3"})
             MakeTone(ground->music() + "/Album/" + name, 5);
         openOn("Album");
+        QTest::mouseClick(window->findChild<QWidget*>("cmdNext"), Qt::LeftButton);  // nothing selected: nothing to follow
+        QVERIFY(list()->selectedItems().isEmpty());
         list()->setCurrentItem(list()->topLevelItem(1));
         window->PlaySelected();
         QCOMPARE(window->PlayingIndex(), 1);

@@ -161,7 +161,7 @@ int main(int argc, char** argv)
 
         frmZoomEdit zoom;
         zoom.Load();
-        zoom.SetFile(main.mstrCurrentFile);
+        zoom.SetFile(main.mobjTone->mstrCurrentFile);
         zoom.show();
         while (!zoom.mbReady)
             QApplication::processEvents(QEventLoop::WaitForMoreEvents);

@@ -256,6 +256,11 @@ private slots:
         row("confirmation", "txtConfirmPassword", "", "Please confirm your password.", "txtConfirmPassword");
         row("short password before the match", "txtPassword", "abcde",
             "Your password should be at least 6 characters long.", "txtPassword");
+        // Characters the login's query would cut or change, before the match.
+        for (const char* password : {"ab&cdef", "ab=cdef", "ab%41cdef", "ab+cdef", "ab#cdef", "ab?cdef", "ab cdef",
+                                     "ab'cdef", "ab\u4E2Dcdef", "ab\tcdef"})
+            row(qPrintable("password " + QString::fromUtf8(password)), "txtPassword", QString::fromUtf8(password),
+                kPasswordCharacters, "txtPassword");
         row("passwords differ", "txtConfirmPassword", "secret2", "Passwords do not match. Please try again.",
             "txtPassword");
         row("email without a dot", "txtEmailAddress", "kim@example",
@@ -310,6 +315,10 @@ private slots:
         row("down at the phone lists", "lists", {}, {ok}, "cannot be reached", false);
         row("down at the number", "lookup", {}, {ok}, "cannot be reached", false);
         row("down at the picture", "picture", "0", {ok, code}, "An error occured connecting to Quillotone", false);
+        // Another sign-up of the number waits for its code: the form says so
+        // before any picture code is asked.
+        row("a number that waits for its code", "waiting", {}, {ok},
+            "The mobile number you have selected is already in use. Please try again.", false);
         row("down at the new customer", "customer", {}, {code, ok, ok},
             "Problem talking to Quillo Tone. Please contact technical support.", false);
         row("a code of letters", "customer", "1,77,abc", {code, "MsgBox"}, fatal, true);
@@ -363,7 +372,13 @@ private slots:
             QVERIFY(!road->PhoneDetails().isVisible());
         } else {
             frmSignup1& form = PersonalDetails();
-            Fill(form, NewMobile());
+            const QString mobile = NewMobile();
+            if (where == "waiting")
+                QVERIFY(service->get("AddCustomer.asp?FirstName=Ann&LastName=Lee&gender=female&MobileNumber=" + mobile +
+                                     "&Email=ann%40example.com&Password=other1&Age=40&CountryID=1&TerminalVendorID=1"
+                                     "&TerminalTypeID=3&ServiceProviderID=101&ReceiveMarketing=0&PartnerID=")
+                            .body.startsWith("1,"));
+            Fill(form, mobile);
             if (where == "lookup" || where == "picture")
                 seams().serviceBaseUrl = where == "lookup" ? gone : canned.url();
             Click(form.imgSend);
@@ -380,6 +395,39 @@ private slots:
         QCOMPARE(ground->endCodes.size(), ended ? 1 : 0);
         QCOMPARE(GetAppSetting("DID", kSettings), pending ? QString("-1") : QString());
         QCOMPARE(!GetAppSetting("t1nuc", kSettings).isEmpty() && !GetAppSetting("t2nuc", kSettings).isEmpty(), pending);
+    }
+
+    // An empty list from the service is a list: the phone page comes, and
+    // each list with nothing in it says so.
+    void emptyLists_data()
+    {
+        QTest::addColumn<bool>("fromTheStart");
+        QTest::addColumn<QStringList>("empty");
+        QTest::addRow("no lists at all") << true << QStringList{"cmbCountry", "cmbNetworkOperator", "cmbPhoneMake"};
+        QTest::addRow("no models for a make") << false << QStringList{"cmbPhoneModel"};
+    }
+    void emptyLists()
+    {
+        QFETCH(bool, fromTheStart);
+        QFETCH(QStringList, empty);
+        CannedService canned(*service, {}, 1000);
+        if (fromTheStart)
+            seams().serviceBaseUrl = canned.url();
+        road->ShowPhoneCheck();
+        Click(road->PhoneCheck().imgYes);
+        Click(road->PhoneCheck().imgOK);
+        frmSignup2& phone = road->PhoneDetails();
+        QVERIFY(phone.isVisible() && !road->PhoneCheck().isVisible());
+        seams().serviceBaseUrl = canned.url();
+        if (!fromTheStart)
+            Select(phone.cmbPhoneMake, "Nokia");
+        QStringList saying;
+        for (QComboBox* list : phone.findChildren<QComboBox*>()) {
+            if (list->count() == 0 && list->placeholderText() == kNothingToChoose)
+                saying << list->objectName();
+        }
+        saying.sort();
+        QCOMPARE(saying, empty);
     }
 
     // The referral window: its checks, the consent, and the three kinds of reply.

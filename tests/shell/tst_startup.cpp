@@ -424,8 +424,16 @@ private slots:
         QCOMPARE(GetAppSetting("DID", kSettings), loggedIn ? QString("1") : QString());
         QVERIFY(!visible("frmTitle"));
         QVERIFY(gbSignUpActive);
-        if (!loggedIn)
+        if (!loggedIn) {
             QVERIFY(intro.Button("imgSignIn")->isEnabled());
+            return;
+        }
+        // With no title window on this road, a minimise leaves the main
+        // window an entry of its own to come back by.
+        MinimiseToTaskbar(main.get());
+        QVERIFY(main->isVisible() && main->isMinimized());
+        main->setWindowState(Qt::WindowNoState);  // restored from the taskbar
+        QVERIFY(main->isVisible() && !main->isMinimized());
     }
 
     // The real login road: a wish to sign up trades the main window for the

@@ -27,15 +27,18 @@ QString msf(int sectors)
 }
 }  // namespace
 
-DiscImage::DiscImage(const QString& folder, const QList<double>& seconds)
+DiscImage::DiscImage(const QString& folder, const QList<double>& seconds, int dataSectors) : mDataSectors(dataSectors)
 {
-    QByteArray bin;
+    QByteArray bin(dataSectors * kFramesPerSector * 4, '\0');
     QString cue = QStringLiteral("FILE \"disc.bin\" BINARY\n");
-    int at = 0;
+    if (dataSectors)
+        cue += QStringLiteral("  TRACK 01 MODE1/2352\n    INDEX 01 00:00:00\n");
+    int at = dataSectors;
     for (int track = 0; track < seconds.size(); ++track) {
         const int sectors = static_cast<int>(std::ceil(seconds[track] * kSectorsPerSecond));
         mSectors << sectors;
-        cue += QStringLiteral("  TRACK %1 AUDIO\n    INDEX 01 %2\n").arg(track + 1, 2, 10, QLatin1Char('0')).arg(msf(at));
+        const int number = track + 1 + (dataSectors ? 1 : 0);
+        cue += QStringLiteral("  TRACK %1 AUDIO\n    INDEX 01 %2\n").arg(number, 2, 10, QLatin1Char('0')).arg(msf(at));
         const int64_t frames = int64_t(sectors) * kFramesPerSector;
         QByteArray audio(frames * 4, Qt::Uninitialized);
         auto* out = reinterpret_cast<int16_t*>(audio.data());
@@ -73,6 +76,10 @@ QList<int> DiscImage::offsets() const
 {
     QList<int> list;
     int at = 150;
+    if (mDataSectors) {
+        list << at;
+        at += mDataSectors;
+    }
     for (int s : mSectors) {
         list << at;
         at += s;
@@ -82,7 +89,7 @@ QList<int> DiscImage::offsets() const
 
 int DiscImage::discSeconds() const
 {
-    int total = 150;
+    int total = 150 + mDataSectors;
     for (int s : mSectors)
         total += s;
     return total / kSectorsPerSecond;

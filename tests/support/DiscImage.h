@@ -10,13 +10,16 @@
 
 class DiscImage {
 public:
-    // Audio tracks of the given seconds (each rounded up to whole sectors).
-    DiscImage(const QString& folder, const QList<double>& seconds);
+    // Audio tracks of the given seconds (each rounded up to whole sectors),
+    // after a data track of dataSectors when that is not 0.
+    DiscImage(const QString& folder, const QList<double>& seconds, int dataSectors = 0);
     // A disc with one data track and no audio.
     static QString MakeDataDisc(const QString& folder);
 
     QString cue() const { return mCue; }
-    int trackCount() const { return static_cast<int>(mSectors.size()); }
+    // Tracks on the disc, the data track too.
+    int trackCount() const { return static_cast<int>(mSectors.size()) + (mDataSectors ? 1 : 0); }
+    // Of the audio track, counted from 0.
     int sectors(int track) const { return mSectors[track]; }
     // The track's sound mixed to one channel.
     std::vector<int16_t> mono(int track) const;
@@ -28,6 +31,7 @@ public:
 private:
     QString mCue;
     QList<int> mSectors;
+    int mDataSectors = 0;
 };
 
 // The largest normalised correlation of b against a, for shifts of b up to maxLag samples.

@@ -39,3 +39,27 @@ inline double CrossingsPerSecond(const std::vector<int16_t>& samples, int rate, 
         crossings += (samples[i - 1] < 0) != (samples[i] < 0);
     return b > a ? crossings / (double(b - a) / rate) : 0;
 }
+
+// The pitch of a tone between two times, from the median time between rising
+// zero crossings: a buffer the sound server delivered late leaves a gap that
+// stretches one period, not the median.
+inline double MedianPitch(const std::vector<int16_t>& samples, int rate, double from, double to)
+{
+    const auto a = static_cast<size_t>(std::max(0.0, from) * rate);
+    const auto b = std::min(samples.size(), static_cast<size_t>(to * rate));
+    std::vector<double> periods;
+    double previous = -1;
+    for (size_t i = a + 1; i < b; ++i) {
+        if (samples[i - 1] >= 0 || samples[i] < 0)
+            continue;
+        // Where the line between the two samples crosses zero.
+        const double at = double(i - 1) + double(-samples[i - 1]) / double(samples[i] - samples[i - 1]);
+        if (previous >= 0)
+            periods.push_back(at - previous);
+        previous = at;
+    }
+    if (periods.empty())
+        return 0;
+    std::nth_element(periods.begin(), periods.begin() + periods.size() / 2, periods.end());
+    return rate / periods[periods.size() / 2];
+}

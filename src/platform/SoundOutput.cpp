@@ -1,0 +1,5 @@
+#include "platform/SoundOutput.h"
+
+#include <QMediaDevices>
+
+QAudioDevice SoundOutput() { return QMediaDevices::defaultAudioOutput(); }
