@@ -2,30 +2,36 @@
 
 #include "PasswordHash.h"
 
+#include "Text.h"
+
 #include <openssl/rand.h>
 
 using namespace std::chrono_literals;
 
 namespace {
-constexpr int64_t kPendingLifetime = 3600;  // seconds a sign-up waits for its code
+// A waiting sign-up takes its code for 30 days, so that "come back later" at
+// the code step never becomes a dead end; after its first hour a new sign-up
+// for the number may take its place, so nobody holds a number for a month.
+constexpr int64_t kPendingLifetime = 30 * 24 * 3600;
+constexpr int64_t kPendingHold = 3600;
+constexpr size_t kMinPasswordLength = 6;
 constexpr int64_t kActivationTries = 10;
-constexpr int kResetTries = 5;
-constexpr auto kResetLifetime = 30min;
-constexpr size_t kMaxResets = 10000;
+constexpr int64_t kResetTries = 5;
+constexpr int64_t kResetLifetimeMs = 30 * 60 * 1000;
 }  // namespace
 
 Accounts::Accounts(Store& store)
     : mStore(store),
       mStandInHash(password::MakeHash(password::RandomHex(16))),
       // The program gives five tries a run, each also asking for announcements.
-      mWrongPasswordByNumber(10, 1s, 15min),
+      mWrongPasswordByNumber(store, "password/number", 10, 1s, 15min),
       // Many people may share one address.
-      mWrongPasswordByAddress(100, 1s, 15min),
-      mWrongCodeByAddress(20, 1s, 15min),
-      mSignUpsByAddress(20, 1h, 1h),
-      mSignUpsByNumber(3, 24h, 24h),
-      mResetsByNumber(3, 1h, 1h),
-      mResetsByAddress(10, 1h, 1h)
+      mWrongPasswordByAddress(store, "password/address", 100, 1s, 15min),
+      mWrongCodeByAddress(store, "code/address", 20, 1s, 15min),
+      mSignUpsByAddress(store, "sign-up/address", 20, 1h, 1h),
+      mSignUpsByNumber(store, "sign-up/number", 3, 24h, 24h),
+      mResetsByNumber(store, "reset/number", 3, 1h, 1h),
+      mResetsByAddress(store, "reset/address", 10, 1h, 1h)
 {
 }
 
@@ -58,10 +64,36 @@ std::optional<Customer> Accounts::Owner(const std::string& mobile, const std::st
     return Check(mobile, plainPassword, address, true);
 }
 
+std::string Accounts::PasswordRefusal(const std::string& plainPassword)
+{
+    if (plainPassword.size() < kMinPasswordLength)
+        return "The password should be at least 6 characters long";
+    // The login and the uploads send the password as it stands in the query,
+    // so it must read back unchanged there and in the program's code page.
+    const std::string refusal =
+        "Please choose a password without spaces and without & = % + # ? or letters from outside Western Europe";
+    for (size_t i = 0; i < plainPassword.size();) {
+        const auto c = static_cast<unsigned char>(plainPassword[i]);
+        const size_t length = c < 0x80 ? 1 : c >= 0xF0 ? 4 : c >= 0xE0 ? 3 : 2;
+        const std::string one = plainPassword.substr(i, length);
+        if (c <= 0x20 || c == 0x7F || std::string_view("&=%+#?").find(plainPassword[i]) != std::string_view::npos ||
+            text::ToWire(one) == "?")
+            return refusal;
+        i += length;
+    }
+    return {};
+}
+
+bool Accounts::InUse(const std::string& mobile)
+{
+    const auto customer = mStore.CustomerByMobile(mobile);
+    return customer && (customer->activated || customer->ageSeconds < kPendingHold);
+}
+
 Accounts::SignUp Accounts::AddCustomer(Customer c, const std::string& plainPassword, const std::string& address)
 {
     if (const auto waiting = mStore.CustomerByMobile(c.mobile);
-        waiting && !waiting->activated && waiting->ageSeconds < kPendingLifetime) {
+        waiting && !waiting->activated && waiting->ageSeconds < kPendingHold) {
         if (!Check(c.mobile, plainPassword, address, true))
             return {std::nullopt, {}, "This number is waiting for its confirmation code. Please try again later"};
         mStore.AddOutbox(c.mobile, "Quillo Tone: your confirmation code is " + waiting->activationCode + ".");
@@ -71,7 +103,7 @@ Accounts::SignUp Accounts::AddCustomer(Customer c, const std::string& plainPassw
         return {std::nullopt, {}, "Too many sign-ups. Please try again later"};
     c.passwordHash = password::MakeHash(plainPassword);
     c.activationCode = RandomCode();
-    const auto id = mStore.AddCustomer(c, kPendingLifetime);
+    const auto id = mStore.AddCustomer(c, kPendingHold);
     if (!id)
         return {std::nullopt, {}, "The mobile number is already in use"};
     mSignUpsByAddress.Count(address);
@@ -101,14 +133,7 @@ void Accounts::StartReset(const std::string& mobile, const std::string& address)
     if (!customer || !customer->activated)
         return;
     const std::string code = password::Random(8);
-    {
-        std::lock_guard lock(mResetMutex);
-        if (mResets.size() >= kMaxResets)
-            std::erase_if(mResets, [](const auto& r) { return r.second.expires <= Throttle::Clock::now(); });
-        if (mResets.size() >= kMaxResets)
-            return;
-        mResets[mobile] = {password::MakeHash(code), Throttle::Clock::now() + kResetLifetime, 0};
-    }
+    mStore.PutReset(mobile, password::MakeHash(code), Store::NowMs() + kResetLifetimeMs);
     mStore.AddOutbox(mobile, "Quillo Tone: your password reset code is " + code +
                                  ". It works once, for 30 minutes. If you did not ask for it, ignore this message.");
 }
@@ -116,32 +141,16 @@ void Accounts::StartReset(const std::string& mobile, const std::string& address)
 bool Accounts::FinishReset(const std::string& mobile, const std::string& code, const std::string& newPassword,
                            const std::string& address)
 {
-    if (newPassword.size() < kMinPasswordLength || mWrongCodeByAddress.Blocked(address))
+    if (!PasswordRefusal(newPassword).empty() || mWrongCodeByAddress.Blocked(address))
         return false;
-    std::string hash;
-    {
-        std::lock_guard lock(mResetMutex);
-        const auto it = mResets.find(mobile);
-        if (it == mResets.end())
-            return mWrongCodeByAddress.Count(address), false;
-        if (it->second.expires <= Throttle::Clock::now() || ++it->second.tries > kResetTries) {
-            mResets.erase(it);
-            return mWrongCodeByAddress.Count(address), false;
-        }
-        hash = it->second.hash;
-    }
-    if (!password::Matches(code, hash)) {
+    const auto hash = mStore.TryReset(mobile, Store::NowMs(), kResetTries);
+    if (!hash || !password::Matches(code, *hash)) {
         mWrongCodeByAddress.Count(address);
         return false;
     }
-    {
-        std::lock_guard lock(mResetMutex);
-        const auto it = mResets.find(mobile);
-        // Used once: a second use of the same code finds it gone.
-        if (it == mResets.end() || it->second.hash != hash)
-            return false;
-        mResets.erase(it);
-    }
+    // Used once: a second use of the same code finds it gone.
+    if (!mStore.TakeReset(mobile, *hash))
+        return false;
     const auto customer = mStore.CustomerByMobile(mobile);
     if (!customer)
         return false;
@@ -186,7 +195,10 @@ void Accounts::EnsureDemoAccount(const std::string& mobile, const std::string& p
     c.chargeText = country->chargeText;
     c.freeQuills = 5;
     c.activationCode = RandomCode();
-    const auto id = mStore.AddCustomer(c, kPendingLifetime);
+    const auto id = mStore.AddCustomer(c, kPendingHold);
+    // Another process sharing the store made it first.
+    if (!id)
+        return EnsureDemoAccount(mobile, plainPassword);
     mStore.Activate(*id, c.activationCode,
                     "Welcome to Quillo Tone!\r\nThis is the demo account: it has 5 free quills to try.\r\n"
                     "Every tone you send shows up in the service's outbox.",

@@ -5,10 +5,8 @@
 #include "Store.h"
 #include "Throttle.h"
 
-#include <mutex>
 #include <optional>
 #include <string>
-#include <unordered_map>
 
 class Accounts {
 public:
@@ -43,18 +41,15 @@ public:
     // password if it has another.
     void EnsureDemoAccount(const std::string& mobile, const std::string& plainPassword);
 
-    static constexpr int kMinPasswordLength = 6;
+    // Why a new password cannot be taken, or empty when it can.
+    static std::string PasswordRefusal(const std::string& plainPassword);
+    // The number has an account, or a sign-up that cannot be replaced yet.
+    bool InUse(const std::string& mobile);
 
 private:
     std::optional<Customer> Check(const std::string& mobile, const std::string& plainPassword,
                                   const std::string& address, bool pendingToo);
     static std::string RandomCode();
-
-    struct PendingReset {
-        std::string hash;
-        Throttle::Clock::time_point expires;
-        int tries = 0;
-    };
 
     Store& mStore;
     // Checked against when the number has no account, so that both take as long.
@@ -63,6 +58,4 @@ private:
     Throttle mWrongCodeByAddress;
     Throttle mSignUpsByAddress, mSignUpsByNumber;
     Throttle mResetsByNumber, mResetsByAddress;
-    std::mutex mResetMutex;
-    std::unordered_map<std::string, PendingReset> mResets;
 };

@@ -15,8 +15,8 @@ using namespace std::chrono_literals;
 
 namespace {
 constexpr int kMessagesShown = 200;
-constexpr auto kLinkLifetime = 24h;
-constexpr size_t kMaxLinks = 10000;
+constexpr int64_t kLinkLifetimeMs = 24 * 3600 * 1000;
+constexpr int64_t kMaxLinks = 10000;
 
 std::array<unsigned char, 32> Digest(const std::string& value)
 {
@@ -42,7 +42,7 @@ const std::string kReadPhoneForm =
 }  // namespace
 
 PeoplePages::PeoplePages(Store& store, Accounts& accounts, const std::string& base)
-    : mStore(store), mAccounts(accounts), mBase(base), mOperatorGuesses(5, 1s, 15min)
+    : mStore(store), mAccounts(accounts), mBase(base), mOperatorGuesses(store, "operator/address", 5, 1s, 15min)
 {
 }
 
@@ -123,11 +123,10 @@ void PeoplePages::PasswordReset(const Request& req, Response& res)
         return;
     }
     const std::string fresh = Get(req.params, "Password");
-    if (fresh != GetOr(req.params, "ConfirmPassword") ||
-        fresh.size() < static_cast<size_t>(Accounts::kMinPasswordLength)) {
+    if (fresh != GetOr(req.params, "ConfirmPassword") || !Accounts::PasswordRefusal(fresh).empty()) {
         Html(res, "Choose a new password",
-             "<p>The two passwords must be the same, and at least 6 characters long. Please go back and "
-             "type them again.</p>");
+             "<p>The two passwords must be the same, at least 6 characters long, with no spaces and none of "
+             "&amp; = % + # ?, in Western European letters. Please go back and type them again.</p>");
         return;
     }
     if (!mAccounts.FinishReset(mobile, text::Trim(Get(req.params, "Code")), fresh, req.remote_addr)) {
@@ -156,15 +155,7 @@ void PeoplePages::OutboxForm(const Request& req, Response& res)
                  kReadPhoneForm);
         return;
     }
-    std::optional<std::string> mobile;
-    {
-        std::lock_guard lock(mLinksMutex);
-        if (const auto it = mLinks.find(token); it != mLinks.end()) {
-            if (it->second.expires > Throttle::Clock::now())
-                mobile = it->second.mobile;
-            mLinks.erase(it);
-        }
-    }
+    const auto mobile = mStore.TakeLink(token, Store::NowMs());
     if (!mobile) {
         res.status = 403;
         Html(res, "Your phone's messages", "<p>This link was used already or is too old.</p>");
@@ -225,15 +216,11 @@ void PeoplePages::OperatorLink(const Request& req, Response& res)
     if (!text::IsDigits(mobile))
         throw BadRequest{"Field MobileNumber is not a number"};
     const std::string token = password::RandomHex(16);
-    {
-        std::lock_guard lock(mLinksMutex);
-        std::erase_if(mLinks, [](const auto& l) { return l.second.expires <= Throttle::Clock::now(); });
-        if (mLinks.size() >= kMaxLinks) {
-            res.status = 503;
-            Reply(res, "Too many links are open");
-            return;
-        }
-        mLinks[token] = {mobile, Throttle::Clock::now() + kLinkLifetime};
+    const int64_t now = Store::NowMs();
+    if (!mStore.AddLink(token, mobile, now + kLinkLifetimeMs, now, kMaxLinks)) {
+        res.status = 503;
+        Reply(res, "Too many links are open");
+        return;
     }
     const std::string link = mBase + wire::kOutbox + "?link=" + token;
     Html(res, "One-time link",

@@ -6,8 +6,6 @@
 #include "Throttle.h"
 
 #include <array>
-#include <mutex>
-#include <unordered_map>
 
 class Accounts;
 class Store;
@@ -39,17 +37,10 @@ private:
     bool IsOperator(const Request&, Response&);
     void ShowPhone(Response& res, const std::string& mobile);
 
-    struct Link {
-        std::string mobile;
-        Throttle::Clock::time_point expires;
-    };
-
     Store& mStore;
     Accounts& mAccounts;
     const std::string& mBase;
     bool mOperatorOn = false;
     std::array<unsigned char, 32> mOperatorDigest{};
     Throttle mOperatorGuesses;
-    std::mutex mLinksMutex;
-    std::unordered_map<std::string, Link> mLinks;  // one-time links to one phone
 };

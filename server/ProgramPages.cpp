@@ -138,8 +138,8 @@ void ProgramPages::AddCustomer(const Request& req, Response& res)
         refusal = "Please give a gender";
     else if (c.email.find('@') == std::string::npos || c.email.find('.') == std::string::npos)
         refusal = "Please give a valid email address";
-    else if (plainPassword.size() < 6)
-        refusal = "The password should be at least 6 characters long";
+    else if (const auto weak = Accounts::PasswordRefusal(plainPassword); !weak.empty())
+        refusal = weak;
     else if (!country || !provider || provider->countryId != c.countryId)
         refusal = "Unknown country or network";
     else if (!model || model->vendorId != c.vendorId)
@@ -238,8 +238,7 @@ void ProgramPages::PostSongData(const Request& req, Response& res)
 
 void ProgramPages::LookupMobileNumber(const Request& req, Response& res)
 {
-    const auto customer = mStore.CustomerByMobile(text::Trim(Get(req.params, "MobileNumber")));
-    Reply(res, customer && customer->activated ? "1" : "0");
+    Reply(res, mAccounts.InUse(text::Trim(Get(req.params, "MobileNumber"))) ? "1" : "0");
 }
 
 void ProgramPages::Send(const Request& req, Response& res)

@@ -1,16 +1,16 @@
 #pragma once
-// The service's one SQLite database. Every value goes in through a bound
-// parameter of a prepared statement; statements are prepared once and kept.
-// One connection serves all request threads, one at a time.
+// What the service keeps, in its database (SQLite or PostgreSQL, the same
+// rows on both). Every value goes in through a bound parameter. Whatever
+// several service processes must agree on is kept here, not in a process:
+// accounts, the outbox, tones, guess limits, reset codes and one-time links.
+#include "Database.h"
+
 #include <cstdint>
-#include <mutex>
+#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
-#include <unordered_map>
 #include <vector>
-
-struct sqlite3;
-struct sqlite3_stmt;
 
 struct NamedId {
     int64_t id = 0;
@@ -56,10 +56,16 @@ struct OutboxMessage {
     std::string mobile, text, created;
 };
 
+// Events counted against one key of one kind of limit; times in
+// milliseconds of the wall clock, which every process shares.
+struct Tally {
+    int64_t events = 0, lastMs = 0, untilMs = 0;
+};
+
 class Store {
 public:
-    explicit Store(const std::string& path);
-    ~Store();
+    // url: "sqlite:PATH" or a postgresql:// URL. Creates or updates the schema.
+    explicit Store(const std::string& url);
     Store(const Store&) = delete;
     Store& operator=(const Store&) = delete;
 
@@ -99,7 +105,12 @@ public:
     // Records a stored tone, spends a free quill if one is left and queues the
     // text message with its link, all or nothing. A tone the customer already
     // sent under this file name is not added again: the stored one comes back.
-    Tone AddTone(const Tone& tone, const std::string& mobile, const std::string& message);
+    // bytes: the tone itself when the store keeps the tones' bytes.
+    Tone AddTone(const Tone& tone, const std::string* bytes, const std::string& mobile, const std::string& message);
+    // With a database that several processes share the tones' bytes are kept
+    // in it; otherwise in files, whose paths the tones name.
+    bool KeepsToneBytes() const { return mDb->Shared(); }
+    std::optional<std::string> ToneBytes(int64_t toneId);
     std::optional<Tone> ToneByName(int64_t customerId, const std::string& filename);
     std::optional<Tone> ToneByToken(const std::string& token);
     std::optional<Tone> ToneById(int64_t customerId, int64_t toneId);
@@ -111,14 +122,35 @@ public:
     std::vector<OutboxMessage> Outbox(int limit);
     std::vector<OutboxMessage> OutboxOf(const std::string& mobile, int limit);
 
-private:
-    class Query;
-    class Transaction;
-    Query Prepare(const char* sql);
-    void Exec(const char* sql);
-    std::optional<Customer> CustomerWhere(const char* sql, const std::string& key, int64_t id);
+    std::optional<Tally> TallyOf(const std::string& kind, const std::string& key);
+    // Changes the key's tally (a fresh one when it has none) and keeps it, as one step.
+    void CountTally(const std::string& kind, const std::string& key, const std::function<void(Tally&)>& change);
+    void ClearTally(const std::string& kind, const std::string& key);
+    // Forgets the kind's tallies with no event since quietSinceMs and no wait beyond it.
+    void PruneTallies(const std::string& kind, int64_t quietSinceMs);
 
-    sqlite3* mDb = nullptr;
-    std::recursive_mutex mMutex;
-    std::unordered_map<const char*, sqlite3_stmt*> mStatements;
+    // The number's reset code (its hash), in place of any earlier one.
+    void PutReset(const std::string& mobile, const std::string& hash, int64_t expiresMs);
+    // The hash while the code is fresh and has tries left, counting this try;
+    // an old or spent code goes.
+    std::optional<std::string> TryReset(const std::string& mobile, int64_t nowMs, int64_t maxTries);
+    // Uses the code up; false when another request used it first.
+    bool TakeReset(const std::string& mobile, const std::string& hash);
+
+    // A one-time link to a phone's messages; false when maxOpen are open.
+    bool AddLink(const std::string& token, const std::string& mobile, int64_t expiresMs, int64_t nowMs,
+                 int64_t maxOpen);
+    // The link's number, once, while it is fresh.
+    std::optional<std::string> TakeLink(const std::string& token, int64_t nowMs);
+
+    // Milliseconds of the wall clock, as the tallies, codes and links count them.
+    static int64_t NowMs();
+
+private:
+    std::optional<Customer> CustomerWhere(const std::string& sql, const sql::Value& key);
+    static void AddOutbox(sql::Runner& runner, const std::string& mobile, const std::string& text);
+    static void AddAnnouncement(sql::Runner& runner, int64_t customerId, const std::string& text);
+    static std::optional<Tone> ToneWhere(sql::Runner& runner, const std::string& where, const sql::Values& values);
+
+    std::unique_ptr<sql::Database> mDb;
 };

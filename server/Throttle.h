@@ -1,18 +1,20 @@
 #pragma once
 // Counts events by key (failed guesses, sign-ups) and, once a number of free
 // ones have come, makes the key wait: the wait doubles with each further
-// event up to a longest wait. A key that has been quiet for the longest wait starts afresh.
-// Bounded: when full, quiet keys go first, then the oldest.
+// event up to a longest wait. A key that has been quiet for the longest wait
+// starts afresh. The counts live in the store, so that every service process
+// sharing it holds the same limits; quiet keys are forgotten now and then.
+#include <atomic>
 #include <chrono>
-#include <mutex>
 #include <string>
-#include <unordered_map>
+
+class Store;
 
 class Throttle {
 public:
-    using Clock = std::chrono::steady_clock;
-    Throttle(int freeEvents, std::chrono::seconds firstWait, std::chrono::seconds longestWait,
-             size_t maxKeys = 100000);
+    // kind: the name the store keeps this limit's counts under.
+    Throttle(Store& store, std::string kind, int freeEvents, std::chrono::seconds firstWait,
+             std::chrono::seconds longestWait);
 
     // True while the key has to wait.
     bool Blocked(const std::string& key);
@@ -20,15 +22,9 @@ public:
     void Clear(const std::string& key);
 
 private:
-    struct Entry {
-        int events = 0;
-        Clock::time_point last, until;
-    };
-    void MakeRoom(Clock::time_point now);
-
+    Store& mStore;
+    const std::string mKind;
     const int mFree;
-    const std::chrono::seconds mFirstWait, mLongestWait;
-    const size_t mMaxKeys;
-    std::mutex mMutex;
-    std::unordered_map<std::string, Entry> mEntries;
+    const int64_t mFirstWaitMs, mLongestWaitMs;
+    std::atomic<unsigned> mCounted{0};
 };

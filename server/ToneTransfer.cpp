@@ -159,7 +159,8 @@ private:
         mHalf = -1;
         if (++mToneBytes > ToneTransfer::kMaxToneBytes)
             throw Refusal{3, "The tone is too large for a phone"};
-        if (mBuffer.size() >= 64 * 1024)
+        // A shared store takes the tone whole.
+        if (mBuffer.size() >= 64 * 1024 && !mStore.KeepsToneBytes())
             Flush();
     }
 
@@ -233,6 +234,9 @@ private:
             return;
         }
         mTone.token = password::RandomHex(16);
+        // A shared store keeps the bytes themselves, which every process serves.
+        if (mStore.KeepsToneBytes())
+            return;
         mTone.path = mToneFolder + "/" + mTone.token + "." + std::string(format->extension);
         mPartPath = mTone.path + ".part";
         mFile.open(mPartPath, std::ios::binary | std::ios::trunc);
@@ -249,14 +253,19 @@ private:
 
     void Keep()
     {
+        const std::string message = "Your Quillo Tone is ready: " + ToneLink(mBase, mTone.token);
+        mTone.size = static_cast<int64_t>(mToneBytes);
+        if (mStore.KeepsToneBytes()) {
+            mKept = mStore.AddTone(mTone, &mBuffer, mCustomer->mobile, message);
+            return;
+        }
         Flush();
         mFile.close();
         if (!mFile)
             throw std::runtime_error("cannot store the tone");
         std::filesystem::rename(mPartPath, mTone.path);
         mPartPath.clear();
-        mTone.size = static_cast<int64_t>(mToneBytes);
-        mKept = mStore.AddTone(mTone, mCustomer->mobile, "Your Quillo Tone is ready: " + ToneLink(mBase, mTone.token));
+        mKept = mStore.AddTone(mTone, nullptr, mCustomer->mobile, message);
         // Two tries of one upload at once: the first one stored stands.
         if (mKept->token != mTone.token)
             std::filesystem::remove(mTone.path);
@@ -327,13 +336,17 @@ void ToneTransfer::Register(httplib::Server& server)
 void ToneTransfer::DownloadTone(const Request& req, Response& res)
 {
     const auto tone = mStore.ToneByToken(req.matches[1]);
-    std::ifstream in(tone ? tone->path : std::string(), std::ios::binary);
-    if (!tone || !in) {
+    std::optional<std::string> bytes;
+    if (tone && mStore.KeepsToneBytes()) {
+        bytes = mStore.ToneBytes(tone->id);
+    } else if (std::ifstream in(tone ? tone->path : std::string(), std::ios::binary); in) {
+        bytes.emplace((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    }
+    if (!bytes) {
         res.status = 404;
         Reply(res, "No such tone");
         return;
     }
-    std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
     res.set_header("Content-Disposition", "inline; filename=\"" + tone->filename + "\"");
-    res.set_content(std::move(bytes), tone->contentType.c_str());
+    res.set_content(std::move(*bytes), tone->contentType.c_str());
 }

@@ -30,6 +30,8 @@ struct Options {
     int clientTimeout = 5;
     int perAddress = 64;
     std::string operatorKey;
+    std::string store;      // empty: sqlite: in the data folder
+    std::string publicUrl;  // empty: where it listens
 };
 
 const char* const kUsage =
@@ -44,6 +46,12 @@ const char* const kUsage =
     "  --per-address N               connections one address may hold at once (64)\n"
     "  --operator-key-file FILE      its first line (12 characters or more) is the key of the\n"
     "                                operator's view of every number's messages, off without one\n"
+    "  --store URL                   where accounts, messages and tones are kept: sqlite:PATH\n"
+    "                                (sqlite:DIR/service.db of --data) or postgresql://USER@HOST/DB,\n"
+    "                                which any number of service processes may share\n"
+    "  --public-url URL              the https address people reach it at, ending in \"/\", when that\n"
+    "                                is not where it listens (behind a load balancer); tone links\n"
+    "                                and invitations point there\n"
     "  --help                        prints this and stops\n";
 
 [[noreturn]] void Usage(const char* problem)
@@ -83,6 +91,12 @@ Options ReadOptions(const QStringList& args)
             if (colon < 1 || !ok || o.port < 0 || o.port > 65535)
                 Usage("--listen wants ADDR:PORT");
             o.host = value.left(colon).remove(QLatin1Char('[')).remove(QLatin1Char(']')).toStdString();
+        } else if (name == QLatin1String("--store")) {
+            o.store = value.toStdString();
+        } else if (name == QLatin1String("--public-url")) {
+            o.publicUrl = value.toStdString();
+            if (!value.startsWith(QLatin1String("https://")) || !value.endsWith(QLatin1Char('/')))
+                Usage("--public-url wants https://HOST[:PORT]/");
         } else if (name == QLatin1String("--data")) {
             o.data = value.toStdString();
         } else if (name == QLatin1String("--demo-account")) {
@@ -140,8 +154,10 @@ int main(int argc, char** argv)
     try {
         MakeDataFolderPrivate(options.data);
         TlsIdentity tls(options.data);
-        Store store(options.data + "/service.db");
-        TidyTones(options.data + "/tones", store);
+        Store store(options.store.empty() ? "sqlite:" + options.data + "/service.db" : options.store);
+        // Tones in files belong to this process alone; a shared store keeps them itself.
+        if (!store.KeepsToneBytes())
+            TidyTones(options.data + "/tones", store);
         Pages pages(store, options.data);
         if (!options.demoMobile.empty())
             pages.EnsureDemoAccount(options.demoMobile, options.demoPassword);
@@ -166,7 +182,7 @@ int main(int argc, char** argv)
         const bool v6 = options.host.find(':') != std::string::npos;
         const std::string base =
             "https://" + (v6 ? "[" + options.host + "]" : options.host) + ":" + std::to_string(port) + "/";
-        pages.SetPublicBase(base);
+        pages.SetPublicBase(options.publicUrl.empty() ? base : options.publicUrl);
 
         std::thread stopper([&] {
             int signal = 0;

@@ -17,8 +17,9 @@ packages=(
   libcdio-dev libcdio-paranoia-dev libcddb2-dev
   # cipher, hash and the bundled web service
   libssl-dev libsqlite3-dev libcpp-httplib-dev
-  # a near-expired certificate for the service's renewal test
-  openssl
+  # a near-expired certificate for the service's renewal test; the service's
+  # tests reach into its store; its store on a database server, behind a balancer
+  openssl sqlite3 postgresql libpq-dev haproxy
   # the sound server the program plays and records through
   pulseaudio pulseaudio-utils
   # making and checking test audio, headless X for screenshots, fonts

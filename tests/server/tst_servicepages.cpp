@@ -56,6 +56,7 @@ class tst_ServicePages : public QObject {
     Q_OBJECT
     std::unique_ptr<TestGround> ground;
     std::unique_ptr<ServiceFixture> service;
+    std::unique_ptr<ServiceFixture> signUps;
 
 private slots:
     // One service for the whole run: each case works with numbers of its own.
@@ -67,6 +68,7 @@ private slots:
     }
     void cleanupTestCase()
     {
+        signUps.reset();
         service.reset();
         ground.reset();
     }
@@ -118,8 +120,8 @@ private slots:
         QVERIFY(service->outbox().first().startsWith("0411222333: ") &&
                 service->outbox().first().contains(fields[2]));
 
-        // Not active yet: the number is free and the login refused.
-        QCOMPARE(service->get("LookupMobileNumber.asp?MobileNumber=0411222333").body, QByteArray("0"));
+        // Not active yet: the number is held and the login refused.
+        QCOMPARE(service->get("LookupMobileNumber.asp?MobileNumber=0411222333").body, QByteArray("1"));
         QCOMPARE(service->get(LoginQuery("0411222333", "secret99")).body, QByteArray("0"));
         const QString wrong = fields[2] == "1234" ? "4321" : "1234";
         QCOMPARE(service->get("ActivateCustomer.asp?CustomerID=" + fields[1] + "&ActivationCode=" + wrong).body,
@@ -382,6 +384,77 @@ private slots:
         QCOMPARE(signUp("other999")[0], QString("0"));
         // With the same password, the same customer and code come back.
         QCOMPARE(signUp("secret99"), first);
+    }
+
+    // A waiting sign-up keeps its code for 30 days; after its first hour another
+    // sign-up of the number may take its place.
+    void waitingSignUp_data()
+    {
+        QTest::addColumn<QString>("mobile");
+        QTest::addColumn<int>("age");
+        QTest::addColumn<bool>("signUpAgain");  // with another password
+        QTest::addColumn<QByteArray>("lookup");
+        QTest::addColumn<bool>("outboxReadable");
+        QTest::addColumn<QByteArray>("againStart");
+        QTest::addColumn<QByteArray>("activation");
+        QTest::addRow("fresh") << "0400000030" << 0 << true << QByteArray("1") << true << QByteArray("0,")
+                               << QByteArray("1");
+        QTest::addRow("after an hour, replaced") << "0400000031" << 3700 << true << QByteArray("0") << true
+                                                 << QByteArray("1,") << QByteArray("0");
+        QTest::addRow("after 29 days") << "0400000032" << 29 * 86400 << false << QByteArray("0") << true << QByteArray()
+                                       << QByteArray("1");
+        QTest::addRow("after 31 days") << "0400000033" << 31 * 86400 << false << QByteArray("0") << false
+                                       << QByteArray() << QByteArray("0");
+    }
+    void waitingSignUp()
+    {
+        QFETCH(QString, mobile);
+        QFETCH(int, age);
+        QFETCH(bool, signUpAgain);
+        QFETCH(QByteArray, lookup);
+        QFETCH(bool, outboxReadable);
+        QFETCH(QByteArray, againStart);
+        QFETCH(QByteArray, activation);
+        // A service of its own: these sign-ups would use up the address's allowance.
+        if (!signUps)
+            signUps = std::make_unique<ServiceFixture>();
+        const ServiceFixture* service = signUps.get();
+        const QStringList first = Fields(service->get(ServiceFixture::signUpQuery(mobile, "secret99")).body);
+        QCOMPARE(first[0], QString("1"));
+        QVERIFY(service->ageSignUp(mobile, age));
+        QCOMPARE(service->get("LookupMobileNumber.asp?MobileNumber=" + mobile).body, lookup);
+        QCOMPARE(!service->phone(mobile, "secret99").isEmpty(), outboxReadable);
+        if (signUpAgain)
+            QVERIFY(service->get(ServiceFixture::signUpQuery(mobile, "other999")).body.startsWith(againStart));
+        QCOMPARE(service->get("ActivateCustomer.asp?CustomerID=" + first[1] + "&ActivationCode=" + first[2]).body,
+                 activation);
+    }
+
+    // Passwords that the login, which sends them as they stand, could not carry.
+    void passwordsTheLoginCannotCarry_data()
+    {
+        QTest::addColumn<QString>("password");
+        QTest::addColumn<bool>("taken");
+        for (const char* sign : {"&", "=", "%", "+", "#", "?", " "})
+            QTest::addRow("with \"%s\"", sign) << QString("abc%1def").arg(QLatin1String(sign)) << false;
+        QTest::addRow("outside Windows-1252") << QString::fromUtf8("abc\u0100def") << false;
+        QTest::addRow("Western European") << QString::fromUtf8("\u20acur\u00e9s;-_") << true;
+    }
+    void passwordsTheLoginCannotCarry()
+    {
+        QFETCH(QString, password);
+        QFETCH(bool, taken);
+        const QString encoded = QString::fromLatin1(QUrl::toPercentEncoding(password));
+        const QByteArray added = service->get(ServiceFixture::signUpQuery("0400000040", encoded)).body;
+        QCOMPARE(added.startsWith("1,"), taken);
+        if (!taken)
+            QCOMPARE(added, QByteArray("0,Please choose a password without spaces and without & = % + # ? or letters "
+                                       "from outside Western Europe"));
+        const QByteArray reset = service->post("password.asp", "MobileNumber=0400000041&Code=abcdefgh&Password=" +
+                                                                   encoded.toLatin1() + "&ConfirmPassword=" +
+                                                                   encoded.toLatin1())
+                                     .body;
+        QCOMPARE(reset.contains("must be the same"), !taken);
     }
 
     void activationCodeDiesAfterTenWrongTries()

@@ -1,6 +1,7 @@
 #include "support/ServiceFixture.h"
 
 #include "core/seams.h"
+#include "support/PostgresServer.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -12,11 +13,14 @@
 #include <QSslCertificate>
 #include <QSslConfiguration>
 #include <QTcpServer>
+#include <QTcpSocket>
 #include <QTextDocumentFragment>
 #include <QTimer>
 #include <QUrl>
 #include <QUuid>
 #include <QFile>
+#include <QDeadlineTimer>
+#include <QThread>
 #include <csignal>
 #include <sys/prctl.h>
 
@@ -49,9 +53,29 @@ ServiceFixture::ServiceFixture(const QStringList& extraArgs, bool withOperatorKe
     mArgs << QStringLiteral("--listen") << QStringLiteral("127.0.0.1:0") << QStringLiteral("--data") << mData.path()
           << QStringLiteral("--demo-account")
           << QStringLiteral("%1:%2").arg(QLatin1String(kDemoMobile), QLatin1String(kDemoPassword)) << extraArgs;
-    mProcess.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    // A test that dies takes its service with it.
-    mProcess.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGTERM); });
+    const qsizetype store = extraArgs.indexOf(QStringLiteral("--store"));
+    if (store >= 0 && store + 1 < extraArgs.size())
+        mStore = extraArgs[store + 1];
+    mCluster = qEnvironmentVariableIntValue("QUILLOTONE_TEST_CLUSTER") == 1;
+    if (mCluster && mStore.isEmpty()) {
+        PostgresServer& postgres = PostgresServer::shared();
+        if (!postgres.running()) {
+            qWarning("PostgreSQL could not be started: %s", qPrintable(postgres.error()));
+            return;
+        }
+        mStore = postgres.newDatabase();
+        QTcpServer probe;
+        probe.listen(QHostAddress::LocalHost);
+        mBalancerPort = probe.serverPort();
+        // Links the services hand out point at the balancer.
+        mArgs << QStringLiteral("--store") << mStore << QStringLiteral("--public-url")
+              << QStringLiteral("https://127.0.0.1:%1/").arg(mBalancerPort);
+    }
+    for (QProcess* process : {&mProcess, &mSecond, &mBalancer}) {
+        process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        // A test that dies takes its service with it.
+        process->setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGTERM); });
+    }
     start();
 }
 
@@ -60,22 +84,77 @@ ServiceFixture::~ServiceFixture()
     stop();
 }
 
-bool ServiceFixture::start()
+bool ServiceFixture::startOne(QProcess& process, QString& baseUrl)
 {
-    mBaseUrl.clear();
-    mProcess.start(servicePath(), mArgs);
-    if (!mProcess.waitForStarted(10000))
+    baseUrl.clear();
+    process.start(servicePath(), mArgs);
+    if (!process.waitForStarted(10000))
         return false;
     // The service says where it listens once it takes requests.
-    while (!mProcess.canReadLine()) {
-        if (!mProcess.waitForReadyRead(30000))
+    while (!process.canReadLine()) {
+        if (!process.waitForReadyRead(30000))
             return false;
     }
-    const QString line = QString::fromUtf8(mProcess.readLine()).trimmed();
+    const QString line = QString::fromUtf8(process.readLine()).trimmed();
     const qsizetype at = line.indexOf(QStringLiteral("https://"));
     if (at < 0)
         return false;
-    mBaseUrl = line.mid(at);
+    baseUrl = line.mid(at);
+    return true;
+}
+
+bool ServiceFixture::startBalancer(const QString& first, const QString& second)
+{
+    const quint16 port = mBalancerPort;
+    // TLS passes through to the services, which share the data folder's certificate.
+    const QString config = mData.filePath(QStringLiteral("haproxy.cfg"));
+    QFile file(config);
+    if (!file.open(QIODevice::WriteOnly))
+        return false;
+    file.write(QStringLiteral("defaults\n  mode tcp\n  timeout connect 5s\n  timeout client 60s\n"
+                              "  timeout server 60s\n  retries 2\n  option redispatch\n"
+                              "frontend quillotone\n  bind 127.0.0.1:%1\n  default_backend services\n"
+                              "backend services\n  balance roundrobin\n  server one 127.0.0.1:%2\n"
+                              "  server two 127.0.0.1:%3\n")
+                   .arg(port)
+                   .arg(QUrl(first).port())
+                   .arg(QUrl(second).port())
+                   .toUtf8());
+    file.close();
+    mBalancer.start(QStringLiteral("haproxy"), {QStringLiteral("-db"), QStringLiteral("-f"), config});
+    if (!mBalancer.waitForStarted(10000)) {
+        qWarning("haproxy could not be started: is Debian's haproxy installed?");
+        return false;
+    }
+    const QDeadlineTimer deadline(30000);
+    for (;;) {
+        QTcpSocket socket;
+        socket.connectToHost(QHostAddress::LocalHost, port);
+        if (socket.waitForConnected(2000))
+            break;
+        if (deadline.hasExpired() || mBalancer.state() == QProcess::NotRunning)
+            return false;
+        QThread::msleep(100);
+    }
+    mBaseUrl = QStringLiteral("https://127.0.0.1:%1/").arg(port);
+    return true;
+}
+
+bool ServiceFixture::start()
+{
+    mBaseUrl.clear();
+    if (mCluster && mStore.isEmpty())
+        return false;
+    QString first;
+    if (!startOne(mProcess, first))
+        return false;
+    if (mCluster) {
+        QString second;
+        if (!startOne(mSecond, second) || !startBalancer(first, second))
+            return false;
+    } else {
+        mBaseUrl = first;
+    }
     aimSeams();
     return true;
 }
@@ -88,12 +167,14 @@ void ServiceFixture::aimSeams() const
 
 void ServiceFixture::stop()
 {
-    if (mProcess.state() == QProcess::NotRunning)
-        return;
-    mProcess.terminate();
-    if (!mProcess.waitForFinished(10000)) {
-        mProcess.kill();
-        mProcess.waitForFinished(5000);
+    for (QProcess* process : {&mBalancer, &mSecond, &mProcess}) {
+        if (process->state() == QProcess::NotRunning)
+            continue;
+        process->terminate();
+        if (!process->waitForFinished(10000)) {
+            process->kill();
+            process->waitForFinished(5000);
+        }
     }
 }
 
@@ -199,6 +280,24 @@ QString ServiceFixture::addActiveCustomer(const QString& mobile, const QString& 
     const Reply activated =
         get(QStringLiteral("ActivateCustomer.asp?CustomerID=%1&ActivationCode=%2").arg(fields[1], fields[2]));
     return activated.body == "1" ? fields[1] : QString();
+}
+
+bool ServiceFixture::ageSignUp(const QString& mobile, int seconds) const
+{
+    if (!mStore.isEmpty())
+        return !PostgresServer::query(mStore, QStringLiteral("UPDATE customers SET created = created - interval "
+                                                             "'%1 seconds' WHERE mobile = '%2'")
+                                                  .arg(seconds)
+                                                  .arg(mobile))
+                    .isNull();
+    QProcess sql;
+    sql.start(QStringLiteral("sqlite3"),
+              {mData.filePath(QStringLiteral("service.db")),
+               QStringLiteral(".timeout 10000"),
+               QStringLiteral("UPDATE customers SET created = datetime(created, '-%1 seconds') WHERE mobile = '%2'")
+                   .arg(seconds)
+                   .arg(mobile)});
+    return sql.waitForFinished(30000) && sql.exitCode() == 0;
 }
 
 QString ServiceFixture::unreachableUrl()

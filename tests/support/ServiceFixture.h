@@ -3,6 +3,11 @@
 // a data folder of its own and the demo account, over real TLS. The program's
 // seams point at it (base URL and trusted certificate) while it runs.
 // A restart keeps the data folder, as a real restart would.
+//
+// With QUILLOTONE_TEST_CLUSTER=1 in the environment the same fixture is a
+// service that has outgrown one process: two quillotone-service processes on
+// a fresh database of a real PostgreSQL server, behind haproxy, whose address
+// is the base URL. Given "--store URL", it runs on that store.
 #include <QByteArray>
 #include <QProcess>
 #include <QString>
@@ -31,6 +36,10 @@ public:
     QString dataFolder() const { return mData.path(); }
     QString certificateFile() const { return mData.filePath(QStringLiteral("service.crt")); }
     qint64 pid() const { return mProcess.processId(); }
+    // The second process, with QUILLOTONE_TEST_CLUSTER.
+    qint64 secondPid() const { return mSecond.processId(); }
+    // The store's URL when it is PostgreSQL, else empty.
+    QString store() const { return mStore; }
 
     // A plain client of our own, trusting the service's certificate.
     struct Reply {
@@ -58,18 +67,27 @@ public:
     // Signs up and activates such a customer. Returns the id, or empty on failure.
     QString addActiveCustomer(const QString& mobile, const QString& password, const QString& firstName = "Kim");
 
+    // Makes the waiting sign-up of a number that much older, straight in the store.
+    bool ageSignUp(const QString& mobile, int seconds) const;
+
     static QString servicePath();
     // "https://127.0.0.1:PORT/" on a loopback port where nothing listens.
     static QString unreachableUrl();
 
 private:
     bool start();
+    bool startOne(QProcess& process, QString& baseUrl);
+    bool startBalancer(const QString& first, const QString& second);
     Reply request(const QString& url, const QByteArray* postBody, const QByteArray& contentType,
                   bool asOperator = false) const;
 
     QTemporaryDir mData;
     QStringList mArgs;
     QProcess mProcess;
+    QProcess mSecond, mBalancer;  // with QUILLOTONE_TEST_CLUSTER
+    bool mCluster = false;
+    quint16 mBalancerPort = 0;
+    QString mStore;
     QString mBaseUrl;
     QByteArray mOperatorKey;
 };
