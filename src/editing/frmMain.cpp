@@ -160,13 +160,12 @@ void frmMain::Form_Load()
             label("lblSoundFile")->setEnabled(true);
         });
         connect(AudioEditor21, &AudioEditor2::OnEditorMouseMove, this, &frmMain::ResetButtonPictures);
-        new EditorActions(
-            AudioEditor21,
-            [this] {
-                if (!mbRecordMode)
-                    mobjTone->Play();
-            },
-            [this] { cmdStop_Released(); }, this);
+        // Record mode owns the transport buttons; the editor's keys follow them.
+        const auto play = [this] {
+            if (!mbRecordMode)
+                mobjTone->Play();
+        };
+        new EditorActions(AudioEditor21, play, [this] { cmdStop_Released(); }, this);
         new SoundFileDrop(this, [this](const QString& path) {
             if (!mobjTone->mbBusy)
                 openSoundFile(path);
@@ -178,10 +177,7 @@ void frmMain::Form_Load()
                 mobjTone->Trim();
         });
         onRelease("cmdReset", [this] { mobjTone->Reset(); });
-        onRelease("cmdPlay", [this] {
-            if (!mbRecordMode)
-                mobjTone->Play();
-        });
+        onRelease("cmdPlay", play);
         connect(Button(QStringLiteral("cmdStop")), &CPictureButton::Released, this, &frmMain::cmdStop_Released);
         connect(Button(QStringLiteral("cmdSend")), &CPictureButton::Released, this, &frmMain::cmdSend_Released);
         connect(Button(QStringLiteral("cmdMyMusic")), &CPictureButton::Released, this, &frmMain::cmdMyMusic_Released);
