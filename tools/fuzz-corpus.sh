@@ -99,4 +99,12 @@ seed fuzz_upload_body no-tone "$account&xmldata=$xml&tonedata1="
 # A disc image's CUE sheet as tests/support/DiscImage writes it.
 seed fuzz_cue_sheet two-tracks $'FILE "disc.bin" BINARY\r\n  TRACK 01 AUDIO\r\n    INDEX 01 00:00:00\r\n  TRACK 02 AUDIO\r\n    INDEX 00 00:02:00\r\n    INDEX 01 00:04:00\r\n'
 
+# A CDDB server's answers to the query and the read, a NUL between them, as
+# the tests' CDDB server gives them.
+mkdir -p "$corpus/fuzz_cddb_answer"
+query=$'200 rock 0a00a002 The Band / First\r\n'
+read=$'210 rock 0a00a002 CD database entry follows (until terminating `.\')\r\n# xmcd\r\n#\r\n# Track frame offsets:\r\n#\t150\r\n#\t225\r\n#\r\n# Disc length: 4 seconds\r\n#\r\nDISCID=0a00a002\r\nDTITLE=The Band / First\r\nTTITLE0=One\r\nTTITLE1=Two\r\n.\r\n'
+{ printf '%s' "$query"; printf '\0'; printf '%s' "$read"; } >"$corpus/fuzz_cddb_answer/found"
+seed fuzz_cddb_answer no-match $'202 No match for disc ID 0a00a002.\r\n'
+
 echo "Seeds written to $corpus"

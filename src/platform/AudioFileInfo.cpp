@@ -53,9 +53,9 @@ void AudioFileInfo::Open(const QString& path)
     mEncodedBy = property(map, "ENCODEDBY");
     if (const TagLib::AudioProperties* audio = ref.audioProperties())
         mDuration = audio->lengthInSeconds();
-    // The tag library believes the header; a length below zero or more than
-    // the file can hold is counted from the sound instead.
-    if (mDuration < 0 || mDuration > PlausibleSeconds(QFileInfo(path).size())) {
+    // The tag library believes the header; a length it cannot tell, one below
+    // zero or one longer than the file can hold is taken from the sound instead.
+    if (mDuration <= 0 || mDuration > PlausibleSeconds(QFileInfo(path).size())) {
         AudioInfo sound;
         try {
             sound.Open(path);

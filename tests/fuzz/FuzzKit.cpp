@@ -24,16 +24,17 @@ protected:
 };
 }  // namespace
 
-void StartQt(int& argc, char**& argv)
+extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     qputenv("QT_LOGGING_RULES", "*=false");
     qInstallMessageHandler(Quiet);
     // Settings and scratch files of a run stay in its own folder.
     qputenv("XDG_CONFIG_HOME", ScratchFolder().toLocal8Bit());
-    static QApplication app(argc, argv);
+    static QApplication app(*argc, *argv);
     static DialogCloser closer;
     app.installEventFilter(&closer);
+    return 0;
 }
 
 QString TextOf(const uint8_t* data, size_t size)
@@ -63,4 +64,16 @@ QString SoundFile(const uint8_t* data, size_t size)
     if (size == 0)
         return ScratchFile(data, 0, QString::fromLatin1(kNames[0]));
     return ScratchFile(data + 1, size - 1, QString::fromLatin1(kNames[data[0] % 4]));
+}
+
+void MakeDiscBin()
+{
+    static const bool made = [] {
+        QByteArray bin(2 * 75 * 2352, '\0');
+        for (qsizetype i = 0; i < bin.size(); i += 4)
+            bin[i] = char(i / 4 % 64);
+        ScratchFile(reinterpret_cast<const uint8_t*>(bin.constData()), size_t(bin.size()), QStringLiteral("disc.bin"));
+        return true;
+    }();
+    (void)made;
 }

@@ -5,10 +5,10 @@
 #include <cstddef>
 #include <cstdint>
 
-// A QApplication on the offscreen platform, made once; Qt's own warnings
-// about bad input are expected here and go nowhere, and a message box that a
-// reader shows is closed at once.
-void StartQt(int& argc, char**& argv);
+// Every target starts a QApplication on the offscreen platform before its
+// first input (the kit's LLVMFuzzerInitialize). Qt's own warnings about bad
+// input are expected here and go nowhere, and a message box that a reader
+// shows is closed at once.
 
 // The bytes as text, the way the service's replies reach their readers.
 QString TextOf(const uint8_t* data, size_t size);
@@ -22,3 +22,7 @@ QString ScratchFolder();
 // picks the name's extension (readers such as TagLib go by it): the rest is
 // the file.
 QString SoundFile(const uint8_t* data, size_t size);
+
+// "disc.bin" in the scratch folder, two seconds of a quiet wave, for the CUE
+// sheets that name it; made once.
+void MakeDiscBin();

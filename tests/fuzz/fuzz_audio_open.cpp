@@ -7,12 +7,6 @@
 
 #include <algorithm>
 
-extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv)
-{
-    StartQt(*argc, *argv);
-    return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     static AudioEditor2 editor;

@@ -5,21 +5,9 @@
 #include "platform/CDSource.h"
 #include "platform/NCTAudioCDGrabber2.h"
 
-#include <QByteArray>
-
-extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv)
-{
-    StartQt(*argc, *argv);
-    // The sheets name "disc.bin": two seconds of a quiet wave.
-    QByteArray bin(2 * 75 * 2352, '\0');
-    for (qsizetype i = 0; i < bin.size(); i += 4)
-        bin[i] = char(i / 4 % 64);
-    ScratchFile(reinterpret_cast<const uint8_t*>(bin.constData()), size_t(bin.size()), QStringLiteral("disc.bin"));
-    return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
+    MakeDiscBin();
     SetCDImage(ScratchFile(data, size, QStringLiteral("disc.cue")));
     NCTAudioCDGrabber2 grabber;
     try {

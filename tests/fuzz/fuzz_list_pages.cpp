@@ -6,12 +6,6 @@
 
 #include <QComboBox>
 
-extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv)
-{
-    StartQt(*argc, *argv);
-    return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     const QString reply = TextOf(data, size);

@@ -3,12 +3,6 @@
 #include "FuzzKit.h"
 #include "service/frmFreeQuills.h"
 
-extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv)
-{
-    StartQt(*argc, *argv);
-    return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     const QString reply = TextOf(data, size);

@@ -2,12 +2,6 @@
 #include "FuzzKit.h"
 #include "ServiceGround.h"
 
-extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv)
-{
-    StartQt(*argc, *argv);
-    return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     Serve(std::string(reinterpret_cast<const char*>(data), size));

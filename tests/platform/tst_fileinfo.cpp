@@ -106,31 +106,23 @@ private slots:
     void lengths_whenTheHeaderLies_data()
     {
         QTest::addColumn<QString>("name");
-        QTest::addColumn<int>("rate");
-        QTest::addColumn<int>("channels");
-        QTest::addRow("mp3 whose frame count claims 56 million seconds") << "liar.mp3" << 44100 << 2;
-        QTest::addRow("wave whose header claims 4 GB") << "liar.wav" << 44100 << 2;
-        QTest::addRow("amr whose first frame carries no sound") << "liar.amr" << 8000 << 1;
+        QTest::addRow("mp3 whose frame count claims 56 million seconds") << "liar.mp3";
+        QTest::addRow("wave whose header claims 4 GB") << "liar.wav";
     }
     void lengths_whenTheHeaderLies()
     {
         QFETCH(QString, name);
-        QFETCH(int, rate);
-        QFETCH(int, channels);
-        const QString path = MakeTone(scratch(name), 3.0, 440, rate, channels);
+        const QString path = MakeTone(scratch(name), 3.0, 440, 44100, 2);
         QByteArray bytes = ReadFile(path);
         if (name.endsWith("mp3")) {
             // The LAME tag's frame count, which readers believe over the file's size.
             const qsizetype tag = std::max(bytes.indexOf("Info"), bytes.indexOf("Xing"));
             QVERIFY(tag > 0 && (uchar(bytes[tag + 7]) & 1));
             bytes.replace(tag + 8, 4, QByteArray("\x7f\xff\xff\xff", 4));
-        } else if (name.endsWith("wav")) {
+        } else {
             const QByteArray huge("\xf0\xff\xff\xff", 4);
             bytes.replace(4, 4, huge);
             bytes.replace(bytes.indexOf("data") + 4, 4, huge);
-        } else {
-            // A frame of one byte first: its bit rate, 400 bit/s, gives the estimate.
-            bytes.insert(6, '\x7c');
         }
         QVERIFY(WriteFile(path, bytes));
         AudioInfo length;
