@@ -5,11 +5,18 @@
 #include "Pages.h"
 #include "Store.h"
 
+#include <filesystem>
 #include <memory>
 
 namespace {
+std::string MadeFolder(const std::string& path)
+{
+    std::filesystem::create_directories(path);
+    return path;
+}
+
 struct Service {
-    std::string folder = ScratchFolder().toStdString() + "/service";
+    std::string folder = MadeFolder(ScratchFolder().toStdString() + "/service");
     Store store{folder + "/service.db"};
     Pages pages{store, folder};
     Router router;
