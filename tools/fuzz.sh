@@ -61,7 +61,7 @@ run() {
       [ -f "$input" ] && cp "$input" "$seeds/"
     done
     echo "FAILED $target after $runs inputs; the input is in $failures and $seeds:" >&2
-    grep -E 'ERROR|SUMMARY|Test unit written' "$log" >&2 || tail -20 "$log" >&2
+    grep -E 'ERROR|SUMMARY|Test unit written|Base64' "$log" >&2 || tail -20 "$log" >&2
     return 1
   fi
   echo "ok $target: $runs inputs in $seconds s"

@@ -1,6 +1,7 @@
 // The editor's open path on a file's bytes: decoder, peak summary, then the
 // cut that saving makes from the middle of what opened, as the send pipeline
-// asks for it (an MP3 of at most a second).
+// asks for it (an MP3 of at most a second). Inputs are at most 64 KB
+// (tools/fuzz.sh), so what decodes is capped at 160 s by PlausibleSeconds.
 #include "FuzzKit.h"
 #include "core/CError.h"
 #include "platform/AudioEditor2.h"
