@@ -240,6 +240,16 @@ struct AudioDecoder::Impl {
     }
 };
 
+double SecondsToTheEnd(AudioDecoder& decoder)
+{
+    constexpr int kChunkFrames = 16384;
+    std::vector<int16_t> chunk(static_cast<size_t>(kChunkFrames) * std::max(decoder.Channels(), 1));
+    int64_t frames = 0;
+    while (const int got = decoder.Read(chunk.data(), kChunkFrames))
+        frames += got;
+    return decoder.SampleRate() > 0 ? static_cast<double>(frames) / decoder.SampleRate() : 0.0;
+}
+
 AudioDecoder::AudioDecoder() : d(std::make_unique<Impl>())
 {
     // FFmpeg's notes about damaged frames go nowhere a user looks; errors reach

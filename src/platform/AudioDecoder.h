@@ -10,6 +10,10 @@
 // end a sound there, and a header that claims more is not believed.
 double PlausibleSeconds(int64_t fileBytes);
 
+class AudioDecoder;
+// Reads from where the decoder stands to the end; the seconds of sound read.
+double SecondsToTheEnd(AudioDecoder& decoder);
+
 class AudioDecoder {
 public:
     AudioDecoder();

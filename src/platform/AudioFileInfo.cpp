@@ -7,7 +7,6 @@
 #include <QFileInfo>
 #include <algorithm>
 #include <cmath>
-#include <vector>
 
 #include <taglib/fileref.h>
 #include <taglib/tag.h>
@@ -91,12 +90,7 @@ void AudioInfo::Open(const QString& path)
     decoder.Open(path);
     double seconds = decoder.DurationSeconds();
     // A header that claims all the file can hold, or more, may lie: count the frames.
-    if (seconds >= PlausibleSeconds(QFileInfo(path).size())) {
-        std::vector<int16_t> chunk(size_t{16384} * decoder.Channels());
-        int64_t frames = 0;
-        while (const int got = decoder.Read(chunk.data(), 16384))
-            frames += got;
-        seconds = static_cast<double>(frames) / decoder.SampleRate();
-    }
+    if (seconds >= PlausibleSeconds(QFileInfo(path).size()))
+        seconds = SecondsToTheEnd(decoder);
     mMilliseconds = static_cast<int32_t>(std::clamp<double>(std::nearbyint(seconds * 1000.0), 0, INT32_MAX));
 }
