@@ -5,11 +5,8 @@
 #include "platform/Transcode.h"
 
 #include <QFileInfo>
-#include <vector>
 
 namespace {
-constexpr int kChunkFrames = 8192;
-
 CError streamError(const QString& text) { return CError(ErrNo::PathFileAccess, text, QStringLiteral("AudioFileStream")); }
 }  // namespace
 
@@ -80,11 +77,7 @@ float AudioFileConverter::DurationSeconds()
 {
     AudioDecoder decoder;
     decoder.Open(mSource);
-    std::vector<int16_t> chunk(static_cast<size_t>(kChunkFrames) * decoder.Channels());
-    int64_t frames = 0;
-    while (const int got = decoder.Read(chunk.data(), kChunkFrames))
-        frames += got;
-    return decoder.SampleRate() > 0 ? static_cast<float>(static_cast<double>(frames) / decoder.SampleRate()) : 0.0f;
+    return static_cast<float>(SecondsToTheEnd(decoder));
 }
 
 void ConversionJob::Run(const AmrEncoderSettings& settings)

@@ -52,6 +52,16 @@ void AudioFileInfo::Open(const QString& path)
     mEncodedBy = property(map, "ENCODEDBY");
     if (const TagLib::AudioProperties* audio = ref.audioProperties())
         mDuration = audio->lengthInSeconds();
+    // The tag library believes the header; a length it cannot tell, one below
+    // zero or one longer than the file can hold is taken from the sound instead.
+    if (mDuration <= 0 || mDuration > PlausibleSeconds(QFileInfo(path).size())) {
+        AudioInfo sound;
+        try {
+            sound.Open(path);
+        } catch (const CError&) {
+        }
+        mDuration = sound.DurationMilliseconds() / 1000;
+    }
 }
 
 QVariant AudioFileInfo::Field(int place) const
@@ -78,5 +88,9 @@ void AudioInfo::Open(const QString& path)
 {
     AudioDecoder decoder;
     decoder.Open(path);
-    mMilliseconds = static_cast<int32_t>(std::llround(decoder.DurationSeconds() * 1000.0));
+    double seconds = decoder.DurationSeconds();
+    // A header that claims all the file can hold, or more, may lie: count the frames.
+    if (seconds >= PlausibleSeconds(QFileInfo(path).size()))
+        seconds = SecondsToTheEnd(decoder);
+    mMilliseconds = static_cast<int32_t>(std::clamp<double>(std::nearbyint(seconds * 1000.0), 0, INT32_MAX));
 }
