@@ -11,6 +11,8 @@
 #include "cd/frmRipCD.h"
 #include "cd/modCDChecking.h"
 #include "editing/CAudioRecorder.h"
+#include "editing/EditorActions.h"
+#include "editing/SoundFileDrop.h"
 #include "editing/ToneView.h"
 #include "editing/frmAbout.h"
 #include "editing/frmConfiguration.h"
@@ -295,6 +297,11 @@ void frmMain::Form_Load()
         connect(NCTSliderB21, &NCTSliderB2::OnVolumeSliderMoved, AudioEditor21, &AudioEditor2::SetVolume);
         connect(tmrVolume, &QTimer::timeout, this, [this] { StepVolume(NCTSliderB21, mintVolumeDirection); });
         tmrVolume->start();
+        new EditorActions(AudioEditor21, [this] { cmdPlay_Released(); }, [this] { cmdStop_Released(); }, this);
+        new SoundFileDrop(this, [this](const QString& path) {
+            if (!mbBusy)
+                openSoundFile(path);
+        });
 
         connect(Button(QStringLiteral("cmdOpen")), &CPictureButton::Released, this, &frmMain::cmdOpen_Released);
         connect(Button(QStringLiteral("cmdTrim")), &CPictureButton::Released, this, &frmMain::cmdTrim_Released);
@@ -581,7 +588,8 @@ ToneView frmMain::view()
             msngTrimOffset, mbResetting, mbTrimmed};
 }
 
-void frmMain::cmdOpen_Released()
+// Open and a dropped file first leave record mode; a take under way is thrown away.
+void frmMain::leaveRecordMode()
 {
     mbRecordMode = false;
     ApplyWindowMode();
@@ -594,7 +602,18 @@ void frmMain::cmdOpen_Released()
         SetMousePointer(vbDefault);
         ApplyWindowMode();
     }
+}
 
+void frmMain::openSoundFile(const QString& path)
+{
+    leaveRecordMode();
+    LoadSoundFile(path);
+    mbBusy = false;
+}
+
+void frmMain::cmdOpen_Released()
+{
+    leaveRecordMode();
     // A music folder that does not exist would be offered as a file name.
     QString folder = QStandardPaths::writableLocation(QStandardPaths::MusicLocation);
     if (!QFileInfo(folder).isDir())
@@ -603,7 +622,8 @@ void frmMain::cmdOpen_Released()
     dialog.setObjectName(QStringLiteral("CommonDialog1"));
     dialog.setOption(QFileDialog::DontUseNativeDialog);
     dialog.setFileMode(QFileDialog::ExistingFile);
-    dialog.setNameFilters({QStringLiteral("Music files (*.mp3, *.wav, *.wma)"), QStringLiteral("All files (*.*)")});
+    dialog.setNameFilters(
+        {QStringLiteral("Music files (*.mp3, *.wav, *.wma)"), QStringLiteral("All files (*.*)"), AllAudioFilter()});
     // The dialog reads patterns parted by blanks only, and "*.*" would pass
     // over a name without a dot: its file list takes the patterns from us.
     // That list matches names in any case.

@@ -91,6 +91,8 @@ private:
     ToneView view();
     void AudioEditor21_OnEditorProgress(int percent);
     void cmdOpen_Released();
+    void leaveRecordMode();
+    void openSoundFile(const QString& path);  // a file dropped on the window
     void cmdMyMusic_Released();
     void cmdRecord_Released();
     void cmdRip_Released();

@@ -3,6 +3,7 @@
 #include "core/CError.h"
 #include "core/modCommon.h"
 #include "core/twips.h"
+#include "editing/EditorActions.h"
 #include "editing/ToneMeasures.h"
 #include "editing/ToneView.h"
 #include "platform/AudioEditor2.h"
@@ -97,6 +98,7 @@ void frmZoomEdit::Form_Load()
     connect(AudioEditor21, &AudioEditor2::OnEditorPositionSet, this, [this] { view().PositionChanged(); });
     connect(AudioEditor21, &AudioEditor2::OnEditorMouseMove, this, &frmZoomEdit::AudioEditor21_OnEditorMouseMove);
     connect(NCTSliderB21, &NCTSliderB2::OnVolumeSliderMoved, AudioEditor21, &AudioEditor2::SetVolume);
+    new EditorActions(AudioEditor21, [this] { cmdPlay_Released(); }, [this] { cmdStop_Released(); }, this);
 
     onReady("cmdOK", &frmZoomEdit::cmdOK_Released);
     onReady("cmdCancel", &frmZoomEdit::cmdCancel_Released);

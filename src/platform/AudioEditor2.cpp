@@ -6,9 +6,9 @@
 #include "platform/EditorPlayback.h"
 #include "platform/SoundLevel.h"
 #include "platform/Transcode.h"
+#include "platform/ZeroCrossing.h"
 
 #include <QCoreApplication>
-#include <QMouseEvent>
 #include <QPainter>
 #include <algorithm>
 #include <cmath>
@@ -17,7 +17,6 @@
 namespace {
 constexpr int kChunkFrames = 16384;
 constexpr int kRulerHeight = 14;
-constexpr int kDragPixels = 3;
 constexpr int kSaveMp3BitRate = 64000;
 constexpr int kSaveMp3MaxRate = 22050;
 
@@ -40,10 +39,13 @@ private:
 };
 }  // namespace
 
-AudioEditor2::AudioEditor2(QWidget* parent) : QWidget(parent), mSource(std::make_unique<AudioDecoder>())
+AudioEditor2::AudioEditor2(QWidget* parent)
+    : QWidget(parent), mSource(std::make_unique<AudioDecoder>()), mProbe(std::make_unique<AudioDecoder>())
 {
     setObjectName(QStringLiteral("AudioEditor21"));
     setMouseTracking(true);
+    setFocusPolicy(Qt::StrongFocus);
+    buildActions();
     setAttribute(Qt::WA_OpaquePaintEvent);
     setMinimumSize(120, 60);
 }
@@ -64,9 +66,11 @@ void AudioEditor2::OpenFile(const QString& path)
     // playable when the new one turns out to be no sound.
     auto source = std::make_unique<AudioDecoder>();
     PeakSummary peaks;
+    SongFeatures features;
     emit OnEditorProgress(0);
     source->Open(path);
     peaks.Reset(source->Channels());
+    features.Reset(source->SampleRate(), source->Channels());
     // The header's length is a guess, and may be a lie: a few percent over
     // it saves a doubling, and no more than the editor can hold is asked for.
     peaks.Reserve(static_cast<int64_t>(
@@ -75,21 +79,31 @@ void AudioEditor2::OpenFile(const QString& path)
     int percent = 0;
     while (const int got = source->Read(chunk.data(), kChunkFrames)) {
         peaks.Add(chunk.data(), got);
+        features.Add(chunk.data(), got);
         if (source->ProgressPercent() != percent) {
             percent = source->ProgressPercent();
             emit OnEditorProgress(percent);
         }
     }
     peaks.Finish();
+    features.Finish();
     if (peaks.Frames() == 0)  // a sound stream with nothing in it that decodes
         throw CError(ErrNo::PathFileAccess, kFileEmptyOrDamaged, QStringLiteral("AudioEditor2"));
     if (peaks.Frames() > INT32_MAX)
         throw CError(ErrNo::PathFileAccess, kFormatNotSupported, QStringLiteral("AudioEditor2"));
+    auto probe = std::make_unique<AudioDecoder>();
+    probe->Open(path);
+    // The decoder learns where the file's time starts from its first frame;
+    // a seek before any read would count from the place sought.
+    int16_t first[2];
+    probe->Read(first, 1);
     mSource = std::move(source);
+    mProbe = std::move(probe);
     mPeaks = std::move(peaks);
+    mFeatures = std::move(features);
     mRate = mSource->SampleRate();
-    mSelStart = mSelEnd = mViewStart = mPlayPosition = 0;
-    mViewEnd = TotalSamples();
+    mSelStart = mSelEnd = mViewStart = mShowStart = mPlayPosition = 0;
+    mViewEnd = mShowEnd = TotalSamples();
     emit OnEditorProgress(100);
     update();
 }
@@ -98,8 +112,10 @@ void AudioEditor2::Clear()
 {
     Stop();
     mSource->Close();
+    mProbe->Close();
     mPeaks = PeakSummary();
-    mSelStart = mSelEnd = mViewStart = mViewEnd = mPlayPosition = 0;
+    mFeatures = SongFeatures();
+    mSelStart = mSelEnd = mViewStart = mViewEnd = mShowStart = mShowEnd = mPlayPosition = 0;
     update();
 }
 
@@ -169,8 +185,8 @@ void AudioEditor2::ZoomToRange(int32_t start, int32_t end)
         std::swap(start, end);
     if (end == start)
         return;
-    mViewStart = start;
-    mViewEnd = end;
+    mViewStart = mShowStart = start;
+    mViewEnd = mShowEnd = end;
     // The cursor stays within the sound on show, so positions read against
     // the range's start are never negative.
     if (mPlayPosition < mViewStart || mPlayPosition > mViewEnd)
@@ -180,8 +196,8 @@ void AudioEditor2::ZoomToRange(int32_t start, int32_t end)
 
 void AudioEditor2::ZoomFull()
 {
-    mViewStart = 0;
-    mViewEnd = TotalSamples();
+    mViewStart = mShowStart = 0;
+    mViewEnd = mShowEnd = TotalSamples();
     update();
 }
 
@@ -285,6 +301,35 @@ void AudioEditor2::SetVolume(int32_t volume)
         mPlayback->SetGain(mVolume / 32000.0);
 }
 
+int32_t AudioEditor2::SnappedToZero(int32_t sample)
+{
+    if (!mProbe->IsOpen() || mRate <= 0)
+        return sample;
+    // 5 ms either side, read apart from playback, one channel of their sum.
+    const int reach = std::max(1, mRate / 200);
+    const int64_t from = std::max<int64_t>(0, int64_t(sample) - reach);
+    const int wanted = static_cast<int>(std::min<int64_t>(int64_t(sample) + reach + 1, TotalSamples()) - from);
+    if (wanted <= 0)
+        return sample;
+    const int channels = mProbe->Channels();
+    std::vector<int16_t> frames(static_cast<size_t>(wanted) * channels);
+    mProbe->Seek(from);
+    int got = 0;
+    while (got < wanted) {
+        const int n = mProbe->Read(frames.data() + static_cast<size_t>(got) * channels, wanted - got);
+        if (n == 0)
+            break;
+        got += n;
+    }
+    std::vector<int32_t> mono(got);
+    for (int f = 0; f < got; ++f) {
+        for (int c = 0; c < channels; ++c)
+            mono[f] += frames[static_cast<size_t>(f) * channels + c];
+    }
+    const int at = NearestZeroCrossing(mono, static_cast<int>(sample - from));
+    return at < 0 ? sample : clampSample(from + at);
+}
+
 int32_t AudioEditor2::clampSample(int64_t sample) const
 {
     return static_cast<int32_t>(std::clamp<int64_t>(sample, 0, TotalSamples()));
@@ -293,14 +338,14 @@ int32_t AudioEditor2::clampSample(int64_t sample) const
 int32_t AudioEditor2::sampleAt(int x) const
 {
     const int w = std::max(width(), 1);
-    const int64_t span = static_cast<int64_t>(mViewEnd) - mViewStart;
-    return clampSample(mViewStart + span * std::clamp(x, 0, w) / w);
+    const int64_t span = static_cast<int64_t>(mShowEnd) - mShowStart;
+    return clampSample(mShowStart + span * std::clamp(x, 0, w) / w);
 }
 
 int AudioEditor2::xOf(int64_t sample) const
 {
-    const int64_t span = std::max<int64_t>(1, static_cast<int64_t>(mViewEnd) - mViewStart);
-    return static_cast<int>((sample - mViewStart) * width() / span);
+    const int64_t span = std::max<int64_t>(1, static_cast<int64_t>(mShowEnd) - mShowStart);
+    return static_cast<int>((sample - mShowStart) * width() / span);
 }
 
 void AudioEditor2::paintEvent(QPaintEvent*)
@@ -311,7 +356,7 @@ void AudioEditor2::paintEvent(QPaintEvent*)
     const QRect wave(0, kRulerHeight, width(), height() - kRulerHeight);
     drawRuler(p, ruler);
     const int channels = mPeaks.Channels();
-    if (channels == 0 || mViewEnd <= mViewStart)
+    if (channels == 0 || mShowEnd <= mShowStart)
         return;
 
     const int32_t selLow = std::min(mSelStart, mSelEnd), selHigh = std::max(mSelStart, mSelEnd);
@@ -321,14 +366,14 @@ void AudioEditor2::paintEvent(QPaintEvent*)
         p.fillRect(QRect(x0, wave.top(), std::max(1, x1 - x0), wave.height()), mLook.selectedBackground);
     }
     const int w = width();
-    const int64_t span = static_cast<int64_t>(mViewEnd) - mViewStart;
+    const int64_t span = static_cast<int64_t>(mShowEnd) - mShowStart;
     const int lane = wave.height() / channels;
     for (int c = 0; c < channels; ++c) {
         const int mid = wave.top() + lane * c + lane / 2;
         const double scale = (lane / 2 - 1) / 32768.0;
         for (int x = 0; x < w; ++x) {
-            const int64_t from = mViewStart + span * x / w;
-            const int64_t to = std::max(from + 1, mViewStart + span * (x + 1) / w);
+            const int64_t from = mShowStart + span * x / w;
+            const int64_t to = std::max(from + 1, mShowStart + span * (x + 1) / w);
             const PeakSummary::Span s = mPeaks.Range(c, from, to);
             const bool inside = marked && from < selHigh && to > selLow;
             p.setPen(inside ? mLook.selectedWave : mLook.wave);
@@ -342,6 +387,10 @@ void AudioEditor2::paintEvent(QPaintEvent*)
     }
     p.setPen(mLook.playCursor);
     p.drawLine(xOf(mPlayPosition), wave.top(), xOf(mPlayPosition), wave.bottom());
+    if (hasFocus()) {  // the keys work here
+        p.setPen(QPen(mLook.ruler, 1, Qt::DotLine));
+        p.drawRect(rect().adjusted(0, 0, -1, -1));
+    }
 }
 
 QFont AudioEditor2::rulerFont() const
@@ -354,11 +403,11 @@ QFont AudioEditor2::rulerFont() const
 QList<AudioEditor2::RulerMark> AudioEditor2::RulerMarks() const
 {
     QList<RulerMark> marks;
-    if (mRate <= 0 || mViewEnd <= mViewStart)
+    if (mRate <= 0 || mShowEnd <= mShowStart)
         return marks;
     const QFontMetrics metrics(rulerFont());
     // A label step of 1, 2 or 5 times a power of ten seconds, about 70 pixels apart.
-    const double seconds = static_cast<double>(mViewEnd - mViewStart) / mRate;
+    const double seconds = static_cast<double>(mShowEnd - mShowStart) / mRate;
     const double wanted = seconds * 70.0 / std::max(width(), 1);
     double step = std::pow(10.0, std::floor(std::log10(std::max(wanted, 1e-3))));
     for (const double m : {1.0, 2.0, 5.0, 10.0}) {
@@ -367,8 +416,8 @@ QList<AudioEditor2::RulerMark> AudioEditor2::RulerMarks() const
             break;
         }
     }
-    const double first = std::ceil(static_cast<double>(mViewStart) / mRate / step) * step;
-    for (double t = first; t * mRate <= mViewEnd; t += step) {
+    const double first = std::ceil(static_cast<double>(mShowStart) / mRate / step) * step;
+    for (double t = first; t * mRate <= mShowEnd; t += step) {
         const int x = xOf(static_cast<int64_t>(std::llround(t * mRate)));
         const int whole = static_cast<int>(t);
         const QString label = step >= 1.0 ? QStringLiteral("%1:%2").arg(whole / 60).arg(whole % 60, 2, 10, QChar('0'))
@@ -390,45 +439,4 @@ void AudioEditor2::drawRuler(QPainter& p, const QRect& area) const
         p.drawLine(mark.tick, area.bottom() - 3, mark.tick, area.bottom());
         p.drawText(mark.text.left(), area.bottom() - 3, mark.label);
     }
-}
-
-void AudioEditor2::mousePressEvent(QMouseEvent* event)
-{
-    if (event->button() != Qt::LeftButton || TotalSamples() == 0)
-        return;
-    mPressX = event->position().toPoint().x();
-    mAnchor = sampleAt(mPressX);
-    mDragging = false;
-}
-
-void AudioEditor2::mouseMoveEvent(QMouseEvent* event)
-{
-    emit OnEditorMouseMove();
-    if (!(event->buttons() & Qt::LeftButton) || mPressX < 0)
-        return;
-    const int x = event->position().toPoint().x();
-    if (!mDragging && std::abs(x - mPressX) < kDragPixels)
-        return;
-    mDragging = true;
-    const int32_t here = sampleAt(x);
-    mSelStart = std::min(mAnchor, here);
-    mSelEnd = std::max(mAnchor, here);
-    mShowSelection = true;
-    emit OnEditorSelectionChanged();
-    update();
-}
-
-void AudioEditor2::mouseReleaseEvent(QMouseEvent* event)
-{
-    if (event->button() != Qt::LeftButton || mPressX < 0)
-        return;
-    mPressX = -1;
-    if (mDragging)
-        return;
-    // A click places the play cursor and lets go of the marks.
-    if (mSelStart != 0 || mSelEnd != 0) {
-        mSelStart = mSelEnd = 0;
-        emit OnEditorSelectionChanged();
-    }
-    SetPlayPosition(mAnchor);
 }

@@ -17,7 +17,15 @@
 // OnEditorProgress comes during OpenFile and SaveToFile, whose handlers may
 // pump events: meanwhile Play does nothing and a second OpenFile or
 // SaveToFile fails with "The editor is busy".
+//
+// With the focus, keys work the editor (AudioEditor2Input.cpp): Space asks
+// for play or stop, Left and Right move the nearer mark, Home and End the
+// cursor, + and - zoom around the marks; the wheel zooms around the pointer,
+// and a mark's edge drags on its own. Marks the user sets snap to the
+// nearest zero crossing within 5 ms, unless Alt is held while dragging.
+// Marks set in code stand where they are put.
 #include "platform/PeakSummary.h"
+#include "platform/SongFeatures.h"
 
 #include <QColor>
 #include <QList>
@@ -85,6 +93,19 @@ public:
 
     int SampleRate() const { return mRate; }
     const PeakSummary& Peaks() const { return mPeaks; }
+    // What the best part is found from, gathered while the file opened.
+    const SongFeatures& Features() const { return mFeatures; }
+
+    // Snapping of the marks the user sets; on unless switched off.
+    void SetSnapToZero(bool on) { mSnap = on; }
+    // Marks a part as the user would: snapped, shown, and told at once.
+    void MarkPart(int32_t start, int32_t end);
+    // The part on the screen narrows (factor below 1) or widens around a
+    // sample, which keeps its place; never wider than the sound. ViewStart
+    // and ViewEnd, the range of ZoomToRange, stay as they are.
+    void ZoomAround(int64_t sample, double factor);
+    int32_t ShownStart() const { return mShowStart; }
+    int32_t ShownEnd() const { return mShowEnd; }
 
     // A time label of the ruler: its tick and the box its words fill.
     struct RulerMark {
@@ -100,14 +121,36 @@ signals:
     void OnEditorPositionChanged();
     void OnEditorPositionSet();
     void OnEditorMouseMove();
+    // Space: the window plays the marked part, or stops.
+    void PlayStopWanted();
+    // The context menu's entries that belong to the window.
+    void BestPartWanted();
+    void HearAsPhoneWanted();
 
 protected:
     void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    bool event(QEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
 
 private:
+    enum class Grip { None, Start, End };
+    // The nearest zero crossing within 5 ms of sample, or sample itself.
+    int32_t SnappedToZero(int32_t sample);
+    Grip gripAt(int x) const;
+    int32_t& nearerMark();
+    void nudgeMark(double seconds);
+    void zoomAroundMarks(double factor);
+    void buildActions();
+    void setMarks(int32_t start, int32_t end, bool snap);
+
     int32_t clampSample(int64_t sample) const;
     int32_t sampleAt(int x) const;
     int xOf(int64_t sample) const;
@@ -126,6 +169,10 @@ private:
     int32_t mSelEnd = 0;
     int32_t mViewStart = 0;
     int32_t mViewEnd = 0;
+    // What the wheel and the keys zoom: the part on the screen. The view
+    // above is the range ZoomToRange set, what Play and a trimmed send read.
+    int32_t mShowStart = 0;
+    int32_t mShowEnd = 0;
     int32_t mPlayPosition = 0;
     int32_t mVolume = 32000;
     bool mShowSelection = true;
@@ -134,4 +181,10 @@ private:
     int32_t mAnchor = 0;
     int mPressX = -1;
     bool mDragging = false;
+    Grip mGrip = Grip::None;  // the mark whose edge the press took
+    int mHoverX = -1;         // the pointer over the wave, -1 when away
+    bool mSnap = true;
+    std::unique_ptr<AudioDecoder> mProbe;  // reads around a mark to snap it, apart from playback
+    SongFeatures mFeatures;
+    class QMenu* mMenu = nullptr;
 };

@@ -203,10 +203,10 @@ private slots:
         qputenv("HOME", fakeHome.toLocal8Bit());
         qputenv("XDG_CONFIG_HOME", (fakeHome + "/.config").toLocal8Bit());
         const QString mixed = ground->root() + "/mixed";
-        for (const char* file : {"a.mp3", "B.WAV", "c.Wma", "notes.txt", "README"})
+        for (const char* file : {"a.mp3", "B.WAV", "c.Wma", "d.flac", "e.Opus", "notes.txt", "README"})
             QVERIFY(WriteFile(mixed + "/" + file, "x"));
         QString folder, name = "unread";
-        QStringList filters, music, all;
+        QStringList filters, music, all, audio;
         const auto shown = [](QFileDialog* dialog) {
             auto* view = dialog->findChild<QListView*>("listView");
             QStringList names;
@@ -232,6 +232,9 @@ private slots:
             QTest::keyClick(dialog->findChild<QComboBox*>("fileTypeCombo"), Qt::Key_Down);
             QVERIFY(sorted.wait(5000));
             all = shown(dialog);
+            QTest::keyClick(dialog->findChild<QComboBox*>("fileTypeCombo"), Qt::Key_Down);
+            QVERIFY(sorted.wait(5000));
+            audio = shown(dialog);
             dialog->reject();
         });
         release("cmdOpen");
@@ -243,9 +246,14 @@ private slots:
         QCOMPARE(folder, musicFolder ? fakeHome + "/Music" : fakeHome);
         QCOMPARE(name, QString());
         QVERIFY(form->mstrCurrentFile.isEmpty());
-        QCOMPARE(filters, QStringList({"Music files (*.mp3, *.wav, *.wma)", "All files (*.*)"}));
+        QCOMPARE(filters.mid(0, 2), QStringList({"Music files (*.mp3, *.wav, *.wma)", "All files (*.*)"}));
+        QCOMPARE(filters.size(), 3);
+        QVERIFY(filters[2].startsWith("All audio (*."));
+        for (const char* kind : {"*.flac", "*.ogg", "*.opus", "*.aac", "*.m4a", "*.mp3", "*.wav", "*.wma"})
+            QVERIFY2(filters[2].contains(kind), kind);
         QCOMPARE(music, QStringList({"a.mp3", "B.WAV", "c.Wma"}));
-        QCOMPARE(all, QStringList({"a.mp3", "B.WAV", "c.Wma", "notes.txt", "README"}));
+        QCOMPARE(all, QStringList({"a.mp3", "B.WAV", "c.Wma", "d.flac", "e.Opus", "notes.txt", "README"}));
+        QCOMPARE(audio, QStringList({"a.mp3", "B.WAV", "c.Wma", "d.flac", "e.Opus"}));
     }
 
     void badFiles_data()

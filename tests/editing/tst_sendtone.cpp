@@ -18,7 +18,10 @@
 #include "support/TestGround.h"
 
 #include <QDir>
+#include <QDragEnterEvent>
+#include <QDropEvent>
 #include <QFile>
+#include <QMimeData>
 #include <QRegularExpression>
 #include <QTest>
 #include <QTimer>
@@ -167,6 +170,83 @@ private slots:
         QCOMPARE(gintFreeQuills, int16_t(1));
         QVERIFY(!enabledWhileUp.isEmpty());
         QVERIFY2(!enabledWhileUp.contains(false), "the upload window came up disabled");
+    }
+
+    // A FLAC and an Opus file dropped on the window go the whole road an MP3 goes.
+    void droppedSongIsSent_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<int>("rate");
+        QTest::addRow("FLAC") << "Ballad.flac" << 44100;
+        QTest::addRow("Opus") << "Ballad.opus" << 48000;
+    }
+    void droppedSongIsSent()
+    {
+        QFETCH(QString, name);
+        QFETCH(int, rate);
+        gstrPreferredFormat = "AMR Narrowband";
+        gintFreeQuills = 3;
+        const QString path = MakeTone(ground->root() + "/Rock/" + name, 12.0, 440, rate);
+        QVERIFY(!path.isEmpty());
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(path)});
+        QDragEnterEvent enter(QPoint(20, 20), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(form, &enter);
+        QVERIFY(enter.isAccepted());
+        QDropEvent drop(QPointF(20, 20), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(form, &drop);
+        QCOMPARE(form->mstrCurrentFile, path);
+        QCOMPARE(status(), name);
+        form->AudioEditor21->SetSelectionStart(2 * rate);
+        form->AudioEditor21->SetSelectionEnd(8 * rate);
+        QCoreApplication::processEvents();
+
+        const int linksBefore = toneLinks().size();
+        DialogAnswerer answers;
+        answers.answer("frmAboutToUseFreeQuill", "imgOK").answer("frmSent", "imgOK");
+        send();
+        QVERIFY2(answers.finishedCleanly(), qPrintable(answers.problems()));
+        QCOMPARE(toneLinks().size(), linksBefore + 1);
+        const ServiceFixture::Reply download = service->get(QUrl(toneLinks().first()).path());
+        const QString tone = ground->root() + "/phone.amr";
+        QVERIFY(WriteFile(tone, download.body));
+        const ProbedSound heard = Probe(tone);
+        QCOMPARE(heard.codec, QString("amr_nb"));
+        QVERIFY2(qAbs(heard.seconds - 6.0) <= 0.05, qPrintable(QString::number(heard.seconds)));
+    }
+
+    // Marks the user sets land on zero crossings, so the tone on the phone
+    // starts and ends in silence; marks at the crest of the wave would click.
+    void sentToneStartsAndEndsAtZero_data()
+    {
+        QTest::addColumn<bool>("snapped");
+        QTest::addRow("snapped") << true;
+        QTest::addRow("as set") << false;
+    }
+    void sentToneStartsAndEndsAtZero()
+    {
+        QFETCH(bool, snapped);
+        gstrPreferredFormat = "WAV";
+        gintFreeQuills = 3;
+        SaveAppSetting("MaxToneSize", "Unlimited", kSettings);
+        // 200 Hz at 44.1 kHz: whole periods at 2 s and 6 s, and the crest 55 samples on.
+        form->LoadSoundFile(MakeTone(ground->root() + "/Rock/Hum.wav", 10.0, 200, 44100, 1));
+        form->AudioEditor21->SetSnapToZero(snapped);
+        form->AudioEditor21->MarkPart(88255, 264655);
+        QCoreApplication::processEvents();
+        DialogAnswerer answers;
+        answers.answer("frmAboutToUseFreeQuill", "imgOK").answer("frmSent", "imgOK");
+        send();
+        QVERIFY2(answers.finishedCleanly(), qPrintable(answers.problems()));
+        const ServiceFixture::Reply download = service->get(QUrl(toneLinks().first()).path());
+        const QString tone = ground->root() + "/phone.wav";
+        QVERIFY(WriteFile(tone, download.body));
+        const std::vector<int16_t> samples = DecodeMono(tone, 16000);
+        QVERIFY(samples.size() > 16000 * 3);
+        const int peak = PeakBetween(samples, 16000, 1.0, 2.0);
+        const int edge = std::max(std::abs(samples.front()), std::abs(samples.back()));
+        QVERIFY2(snapped ? edge < peak / 6 : edge > peak / 3,
+                 qPrintable(QString("edge %1, peak %2").arg(edge).arg(peak)));
     }
 
     void charge_data()

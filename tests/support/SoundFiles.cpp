@@ -30,6 +30,12 @@ QString MakeTone(const QString& path, double seconds, int frequency, int sampleR
         codec = {"-c:a", "wmav2", "-b:a", "128k"};
     else if (suffix == "amr")
         codec = {"-c:a", "libopencore_amrnb", "-b:a", "12.2k"};
+    else if (suffix == "flac")
+        codec = {"-c:a", "flac"};
+    else if (suffix == "opus")  // Opus runs at 48 kHz whatever it is given
+        codec = {"-c:a", "libopus", "-b:a", "96k"};
+    else if (suffix == "ogg")
+        codec = {"-c:a", "libvorbis", "-q:a", "4"};
     else
         codec = {"-c:a", "pcm_s16le"};
     const QString source = QStringLiteral("sine=frequency=%1:sample_rate=%2:duration=%3")

@@ -17,7 +17,8 @@ struct ProbedSound {
 bool RunTool(const QString& program, const QStringList& arguments, QByteArray* output = nullptr);
 
 // A sine tone of the given length; the encoding follows the path's
-// extension (.mp3 LAME, .wma wmav2, .wav 16-bit, .amr AMR-NB).
+// extension (.mp3 LAME, .wma wmav2, .wav 16-bit, .amr AMR-NB, .flac, .opus
+// libopus at 48 kHz only, .ogg Vorbis).
 QString MakeTone(const QString& path, double seconds, int frequency = 440, int sampleRate = 44100,
                  int channels = 2);
 
