@@ -1,7 +1,8 @@
 # cmake -DROOT=<source folder> -P CheckLayers.cmake
 # Fails when a folder's DEPENDS line names a folder that is not below it, or
 # when a source includes "folder/..." of a folder its own did not declare.
-# tests/<x> may include what <x> may, <x> itself and support/.
+# tests/<x> may include what <x> may, <x> itself and support/; tests/fuzz
+# what its DEPENDS line names.
 cmake_minimum_required(VERSION 3.25)
 include(${ROOT}/cmake/Layers.cmake)
 
@@ -88,11 +89,16 @@ endforeach()
 read_depends(${ROOT}/tests/support/CMakeLists.txt support_deps)
 check_includes(tests/support support_deps)
 
+# The fuzz targets read what the program's readers read, from any layer they
+# name; nothing of the program includes them.
+read_depends(${ROOT}/tests/fuzz/CMakeLists.txt fuzz_deps)
+check_includes(tests/fuzz fuzz_deps)
+
 # Any other test folder belongs to no layer.
 file(GLOB test_folders LIST_DIRECTORIES true ${ROOT}/tests/*)
 foreach(folder IN LISTS test_folders)
   get_filename_component(name ${folder} NAME)
-  if(IS_DIRECTORY ${folder} AND NOT name IN_LIST folders AND NOT name STREQUAL "support")
+  if(IS_DIRECTORY ${folder} AND NOT name IN_LIST folders AND NOT name MATCHES "^(support|fuzz)$")
     list(APPEND problems "tests/${name}: no folder of the layers has that name")
   endif()
 endforeach()

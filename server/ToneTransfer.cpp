@@ -37,28 +37,6 @@ int HexValue(char c)
     return -1;
 }
 
-struct ToneRecord {
-    std::string contentType, filename, mobileNumber;
-};
-
-// The attributes of the one empty element "Message" that a tone record is.
-std::optional<ToneRecord> ReadToneRecord(const std::string& xml)
-{
-    QXmlStreamReader reader(QString::fromStdString(xml));
-    if (!reader.readNextStartElement() || reader.name() != QLatin1String("Message"))
-        return std::nullopt;
-    const auto attributes = reader.attributes();
-    ToneRecord record{attributes.value(QLatin1String("ContentType")).toString().toStdString(),
-                      attributes.value(QLatin1String("Filename")).toString().toStdString(),
-                      attributes.value(QLatin1String("MobileNumber")).toString().toStdString()};
-    reader.skipCurrentElement();
-    while (!reader.atEnd())
-        reader.readNext();
-    if (reader.hasError())
-        return std::nullopt;
-    return record;
-}
-
 std::string Extension(const std::string& filename)
 {
     const auto dot = filename.rfind('.');
@@ -287,6 +265,23 @@ private:
     std::ofstream mFile;
 };
 }  // namespace
+
+std::optional<ToneRecord> ReadToneRecord(const std::string& xml)
+{
+    QXmlStreamReader reader(QString::fromStdString(xml));
+    if (!reader.readNextStartElement() || reader.name() != QLatin1String("Message"))
+        return std::nullopt;
+    const auto attributes = reader.attributes();
+    ToneRecord record{attributes.value(QLatin1String("ContentType")).toString().toStdString(),
+                      attributes.value(QLatin1String("Filename")).toString().toStdString(),
+                      attributes.value(QLatin1String("MobileNumber")).toString().toStdString()};
+    reader.skipCurrentElement();
+    while (!reader.atEnd())
+        reader.readNext();
+    if (reader.hasError())
+        return std::nullopt;
+    return record;
+}
 
 ToneTransfer::ToneTransfer(Store& store, Accounts& accounts, const std::string& toneFolder, const std::string& base)
     : mStore(store), mAccounts(accounts), mToneFolder(toneFolder), mBase(base)

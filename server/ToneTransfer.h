@@ -12,7 +12,16 @@
 #include "PageKit.h"
 
 #include <cstddef>
+#include <optional>
 #include <string>
+
+// What the service takes from a tone record.
+struct ToneRecord {
+    std::string contentType, filename, mobileNumber;
+};
+// The attributes of the one empty element "Message" that a tone record is;
+// nothing when the text is no such record.
+std::optional<ToneRecord> ReadToneRecord(const std::string& xml);
 
 class Accounts;
 class Store;

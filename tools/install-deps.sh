@@ -6,6 +6,8 @@ set -euo pipefail
 packages=(
   # toolchain
   build-essential cmake ninja-build pkg-config git ccache
+  # the fuzz targets: clang, and its runtime with libFuzzer
+  clang libclang-rt-14-dev
   # interface, audio devices, network, settings, XML
   qt6-base-dev qt6-base-dev-tools qt6-multimedia-dev libgl-dev
   qt6-qpa-plugins libqt6multimedia6

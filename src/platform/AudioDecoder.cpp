@@ -1,7 +1,6 @@
 #include "platform/AudioDecoder.h"
 
 #include "core/CError.h"
-#include "platform/AvError.h"
 
 #include <QFileInfo>
 #include <algorithm>
@@ -19,7 +18,19 @@ namespace {
 constexpr int kMaxChannels = 2;
 // Undecodable packets in a row after which the rest of the file counts as gone.
 constexpr int kMaxBadPackets = 200;
+// Rates sound cards play; a header outside them is damage, not sound.
+constexpr int kLowestRate = 4000;
+constexpr int kHighestRate = 384000;
+// Fewer bytes a second than the leanest codec a song or tone is kept in
+// (AMR at 4.75 kbit/s, about 600) needs: a header claiming a longer sound,
+// or garbage that decodes as one, is not believed past this.
+constexpr int64_t kLeanestBytesPerSecond = 400;
 }  // namespace
+
+double PlausibleSeconds(int64_t fileBytes)
+{
+    return static_cast<double>(std::max<int64_t>(fileBytes, 0)) / kLeanestBytesPerSecond;
+}
 
 struct AudioDecoder::Impl {
     AVFormatContext* format = nullptr;
@@ -30,11 +41,13 @@ struct AudioDecoder::Impl {
     int swrFormat = -1;
     AVPacket* packet = nullptr;
     AVFrame* frame = nullptr;
+    QString path;
     int stream = -1;
     int rate = 0;
     int channels = 0;
     int64_t fileBytes = 0;
     int64_t bytesRead = 0;
+    int64_t plausibleFrames = 0;   // the most a file of its size can hold
 
     std::vector<int16_t> pending;  // converted frames not yet handed out
     size_t pendingAt = 0;          // in values
@@ -49,6 +62,42 @@ struct AudioDecoder::Impl {
     int badPackets = 0;
 
     ~Impl() { close(); }
+
+    // Opens path afresh, to read from its first frame.
+    void open()
+    {
+        bytesRead = 0;
+        const QByteArray local = QFile::encodeName(path);
+        try {
+            if (avformat_open_input(&format, local.constData(), nullptr, nullptr) < 0 ||
+                avformat_find_stream_info(format, nullptr) < 0)
+                throw CError(ErrNo::PathFileAccess, kFormatNotSupported, QStringLiteral("AudioDecoder"));
+            const AVCodec* decoder = nullptr;
+            stream = av_find_best_stream(format, AVMEDIA_TYPE_AUDIO, -1, -1, &decoder, 0);
+            if (stream < 0 || !decoder)
+                throw CError(ErrNo::PathFileAccess, kFormatNotSupported, QStringLiteral("AudioDecoder"));
+            AVStream* st = format->streams[stream];
+            codec = avcodec_alloc_context3(decoder);
+            if (!codec || avcodec_parameters_to_context(codec, st->codecpar) < 0 ||
+                avcodec_open2(codec, decoder, nullptr) < 0 || codec->sample_rate < kLowestRate ||
+                codec->sample_rate > kHighestRate || codec->ch_layout.nb_channels <= 0)
+                throw CError(ErrNo::PathFileAccess, kFormatNotSupported, QStringLiteral("AudioDecoder"));
+            rate = codec->sample_rate;
+            channels = std::min(codec->ch_layout.nb_channels, kMaxChannels);
+            packet = av_packet_alloc();
+            frame = av_frame_alloc();
+            position = 0;
+            basePts = AV_NOPTS_VALUE;
+            firstPacketPts = AV_NOPTS_VALUE;
+            seekTarget = -1;
+            fromStart = true;
+            demuxDone = decodeDone = false;
+            badPackets = 0;
+        } catch (...) {
+            close();
+            throw;
+        }
+    }
 
     void close()
     {
@@ -207,38 +256,10 @@ void AudioDecoder::Open(const QString& path)
         throw CError(ErrNo::FileNotFound, QStringLiteral("File not found"), QStringLiteral("AudioDecoder"));
     if (info.size() == 0)
         throw CError(ErrNo::PathFileAccess, kFileEmptyOrDamaged, QStringLiteral("AudioDecoder"));
+    d->path = path;
     d->fileBytes = info.size();
-    d->bytesRead = 0;
-    const QByteArray local = QFile::encodeName(path);
-    try {
-        if (avformat_open_input(&d->format, local.constData(), nullptr, nullptr) < 0 ||
-            avformat_find_stream_info(d->format, nullptr) < 0)
-            throw CError(ErrNo::PathFileAccess, kFormatNotSupported, QStringLiteral("AudioDecoder"));
-        const AVCodec* decoder = nullptr;
-        d->stream = av_find_best_stream(d->format, AVMEDIA_TYPE_AUDIO, -1, -1, &decoder, 0);
-        if (d->stream < 0 || !decoder)
-            throw CError(ErrNo::PathFileAccess, kFormatNotSupported, QStringLiteral("AudioDecoder"));
-        AVStream* st = d->format->streams[d->stream];
-        d->codec = avcodec_alloc_context3(decoder);
-        if (!d->codec || avcodec_parameters_to_context(d->codec, st->codecpar) < 0 ||
-            avcodec_open2(d->codec, decoder, nullptr) < 0 || d->codec->sample_rate <= 0 ||
-            d->codec->ch_layout.nb_channels <= 0)
-            throw CError(ErrNo::PathFileAccess, kFormatNotSupported, QStringLiteral("AudioDecoder"));
-        d->rate = d->codec->sample_rate;
-        d->channels = std::min(d->codec->ch_layout.nb_channels, kMaxChannels);
-        d->packet = av_packet_alloc();
-        d->frame = av_frame_alloc();
-        d->position = 0;
-        d->basePts = AV_NOPTS_VALUE;
-        d->firstPacketPts = AV_NOPTS_VALUE;
-        d->seekTarget = -1;
-        d->fromStart = true;
-        d->demuxDone = d->decodeDone = false;
-        d->badPackets = 0;
-    } catch (...) {
-        d->close();
-        throw;
-    }
+    d->open();
+    d->plausibleFrames = static_cast<int64_t>(PlausibleSeconds(d->fileBytes) * d->rate);
 }
 
 void AudioDecoder::Close() { d->close(); }
@@ -252,11 +273,12 @@ double AudioDecoder::DurationSeconds() const
     if (!IsOpen())
         return 0;
     const AVStream* st = d->format->streams[d->stream];
+    double seconds = 0;
     if (st->duration != AV_NOPTS_VALUE && st->duration > 0)
-        return static_cast<double>(st->duration) * av_q2d(st->time_base);
-    if (d->format->duration > 0)
-        return static_cast<double>(d->format->duration) / AV_TIME_BASE;
-    return 0;
+        seconds = static_cast<double>(st->duration) * av_q2d(st->time_base);
+    else if (d->format->duration > 0)
+        seconds = static_cast<double>(d->format->duration) / AV_TIME_BASE;
+    return std::min(seconds, PlausibleSeconds(d->fileBytes));
 }
 
 int AudioDecoder::ProgressPercent() const
@@ -270,6 +292,8 @@ int AudioDecoder::Read(int16_t* out, int maxFrames)
 {
     if (!IsOpen())
         return 0;
+    // Past what the file can plausibly hold, the sound has ended.
+    maxFrames = static_cast<int>(std::clamp<int64_t>(d->plausibleFrames - Position(), 0, maxFrames));
     int done = 0;
     while (done < maxFrames) {
         if (d->pendingAt >= d->pending.size() && !d->decodeMore())
@@ -295,11 +319,15 @@ void AudioDecoder::Seek(int64_t frame)
     AVStream* st = d->format->streams[d->stream];
     const int64_t base = d->basePts == AV_NOPTS_VALUE ? 0 : d->basePts;
     // Start a second early: an MP3 frame needs the frames before it to sound right.
-    const int64_t lead = std::max<int64_t>(0, frame - d->rate);
+    int64_t lead = std::max<int64_t>(0, frame - d->rate);
     const int64_t ts = base + av_rescale_q(lead, AVRational{1, d->rate}, st->time_base);
-    if (av_seek_frame(d->format, d->stream, ts, AVSEEK_FLAG_BACKWARD) < 0)
-        AvCheck(av_seek_frame(d->format, d->stream, base, AVSEEK_FLAG_BACKWARD | AVSEEK_FLAG_ANY),
-                QStringLiteral("Seek"));
+    if (av_seek_frame(d->format, d->stream, ts, AVSEEK_FLAG_BACKWARD) < 0 &&
+        av_seek_frame(d->format, d->stream, base, AVSEEK_FLAG_BACKWARD | AVSEEK_FLAG_ANY) < 0) {
+        // Some damaged files play but cannot seek: read them again from the start.
+        d->close();
+        d->open();
+        lead = 0;
+    }
     avcodec_flush_buffers(d->codec);
     swr_free(&d->swr);  // the next frame sets it up afresh, with nothing held back
     d->pending.clear();

@@ -6,6 +6,10 @@
 #include <cstdint>
 #include <memory>
 
+// The longest sound a file of this many bytes can plausibly hold. Readers
+// end a sound there, and a header that claims more is not believed.
+double PlausibleSeconds(int64_t fileBytes);
+
 class AudioDecoder {
 public:
     AudioDecoder();
@@ -14,7 +18,7 @@ public:
     AudioDecoder& operator=(const AudioDecoder&) = delete;
 
     // Throws CError: kFormatNotSupported when the file holds no audio
-    // stream FFmpeg can decode; kFileEmptyOrDamaged for a file of no bytes, or
+    // stream FFmpeg can decode, or one at a rate no sound card plays; kFileEmptyOrDamaged for a file of no bytes, or
     // one whose frames turn out undecodable one after another; "File not
     // found" for a missing file. A file whose stream holds no decodable frame
     // opens and reads as empty.
@@ -24,12 +28,15 @@ public:
 
     int SampleRate() const;
     int Channels() const;
-    double DurationSeconds() const;  // from the container; 0 when unknown
+    // From the container, at most PlausibleSeconds of the file; 0 when unknown.
+    double DurationSeconds() const;
     int ProgressPercent() const;     // share of the file's bytes read so far
 
-    // Up to maxFrames frames into out (maxFrames * Channels() values); 0 at the end.
+    // Up to maxFrames frames into out (maxFrames * Channels() values); 0 at
+    // the end, or at PlausibleSeconds of the file, whichever comes first.
     int Read(int16_t* out, int maxFrames);
-    // The next Read starts at this frame.
+    // The next Read starts at this frame. A file that cannot seek is read
+    // again from its start up to the frame.
     void Seek(int64_t frame);
     int64_t Position() const;
 

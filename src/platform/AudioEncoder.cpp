@@ -19,6 +19,8 @@ namespace {
 // LAME's speed against care (0 best, 9 fastest): 7 cuts a half minute in well
 // under a tenth of a second, and a phone's speaker does not hear the rest.
 constexpr int kLameQuality = 7;
+// The most frames one resampling makes: a write is taken in slices that fit.
+constexpr int kMaxSliceFrames = 65536;
 
 struct Choice {
     const char* codec;
@@ -218,9 +220,16 @@ void AudioEncoder::Write(const int16_t* frames, int count)
     if (!d->format || count <= 0)
         return;
     try {
-        const uint8_t* in[1] = {reinterpret_cast<const uint8_t*>(frames)};
-        d->push(in, count);
-        d->encodeFifo(false);
+        // However far apart the two rates are, no slice needs a larger buffer.
+        for (int done = 0; done < count;) {
+            int slice = count - done;
+            while (slice > 1 && swr_get_out_samples(d->swr, slice) > kMaxSliceFrames)
+                slice /= 2;
+            const uint8_t* in[1] = {reinterpret_cast<const uint8_t*>(frames + ptrdiff_t{done} * d->inputChannels)};
+            d->push(in, slice);
+            d->encodeFifo(false);
+            done += slice;
+        }
     } catch (...) {
         d->release(true);
         throw;

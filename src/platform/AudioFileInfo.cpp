@@ -7,6 +7,7 @@
 #include <QFileInfo>
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 #include <taglib/fileref.h>
 #include <taglib/tag.h>
@@ -52,6 +53,16 @@ void AudioFileInfo::Open(const QString& path)
     mEncodedBy = property(map, "ENCODEDBY");
     if (const TagLib::AudioProperties* audio = ref.audioProperties())
         mDuration = audio->lengthInSeconds();
+    // The tag library believes the header; a length it cannot tell, one below
+    // zero or one longer than the file can hold is taken from the sound instead.
+    if (mDuration <= 0 || mDuration > PlausibleSeconds(QFileInfo(path).size())) {
+        AudioInfo sound;
+        try {
+            sound.Open(path);
+        } catch (const CError&) {
+        }
+        mDuration = sound.DurationMilliseconds() / 1000;
+    }
 }
 
 QVariant AudioFileInfo::Field(int place) const
@@ -78,5 +89,14 @@ void AudioInfo::Open(const QString& path)
 {
     AudioDecoder decoder;
     decoder.Open(path);
-    mMilliseconds = static_cast<int32_t>(std::llround(decoder.DurationSeconds() * 1000.0));
+    double seconds = decoder.DurationSeconds();
+    // A header that claims all the file can hold, or more, may lie: count the frames.
+    if (seconds >= PlausibleSeconds(QFileInfo(path).size())) {
+        std::vector<int16_t> chunk(size_t{16384} * decoder.Channels());
+        int64_t frames = 0;
+        while (const int got = decoder.Read(chunk.data(), 16384))
+            frames += got;
+        seconds = static_cast<double>(frames) / decoder.SampleRate();
+    }
+    mMilliseconds = static_cast<int32_t>(std::clamp<double>(std::nearbyint(seconds * 1000.0), 0, INT32_MAX));
 }

@@ -7,7 +7,7 @@
 //   4 Genre        text       11 Publisher    text (the label)
 //   5 Year         16-bit     12 Copyright    text
 //   6 Comment      text       13 EncodedBy    text
-//   7 Duration     32-bit, whole seconds
+//   7 Duration     32-bit, whole seconds, never below zero
 // A field the file does not carry is empty text or 0.
 #include <QString>
 #include <QVariant>
@@ -43,7 +43,9 @@ private:
     int32_t mDuration = 0;
 };
 
-// The audio information object: the length of a sound file, from its header.
+// The audio information object: the length of a sound file, from its header,
+// or counted from its frames where the header claims more than the file can
+// hold (PlausibleSeconds). Never below zero.
 class AudioInfo {
 public:
     // Throws CError for a missing file or one that holds no sound; the

@@ -106,6 +106,16 @@ QString frmFreeQuills::ReferralSummary(const QString& reply)
     return message;
 }
 
+QString frmFreeQuills::AlreadySignedUpNumber(const QString& reply)
+{
+    // The number stands in the reply as a word that begins with "+".
+    for (const QString& word : reply.split(QLatin1Char(' '))) {
+        if (word.startsWith(QLatin1Char('+')))
+            return word;
+    }
+    return {};
+}
+
 void frmFreeQuills::imgSend_MouseUp()
 {
     bool anyFilled = false;
@@ -144,15 +154,13 @@ void frmFreeQuills::imgSend_MouseUp()
         return;
     }
     if (reply.contains(QStringLiteral("already in system"), Qt::CaseInsensitive)) {
-        // The number stands in the reply as a word that begins with "+";
-        // the window stays so that the user can correct the row.
-        for (const QString& word : reply.split(QLatin1Char(' '))) {
-            if (word.startsWith(QLatin1Char('+'))) {
-                CDialog().Display(QStringLiteral("The phone number ") + word +
-                                      QStringLiteral(" is already signed up to Quillo Tone!"),
-                                  true, this);
-                return;
-            }
+        // The window stays so that the user can correct the row.
+        const QString number = AlreadySignedUpNumber(reply);
+        if (!number.isEmpty()) {
+            CDialog().Display(QStringLiteral("The phone number ") + number +
+                                  QStringLiteral(" is already signed up to Quillo Tone!"),
+                              true, this);
+            return;
         }
     }
     CDialog().Display(ReferralSummary(reply), true, this);

@@ -24,6 +24,8 @@ public:
     QString ReferralQuery() const;
     // The one message that sums up a list of referral lines.
     static QString ReferralSummary(const QString& reply);
+    // The number an "already in system" reply names; empty when it names none.
+    static QString AlreadySignedUpNumber(const QString& reply);
 
 protected:
     void Form_Load() override;

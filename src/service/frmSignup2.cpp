@@ -69,6 +69,17 @@ void AddPairs(QComboBox* list, const QString& reply, const QString& chosen)
     }
 }
 
+void AddProviderGroups(QComboBox* list, const QStringList& providers)
+{
+    // Whole groups run one past their end: the loop then stops with CError,
+    // and the entries added so far stand.
+    const int32_t groups = RoundToEven(providers.size() / 5.0);
+    for (int32_t i = 0; i <= groups; ++i) {
+        AddEntry(list, Field(providers, 5 * qsizetype(i) + 1));
+        SetItemData(list, TextToInt32(Field(providers, 5 * qsizetype(i))));
+    }
+}
+
 frmSignup2::frmSignup2(CSignUpManager& road) : CSkinWindow(QStringLiteral("frmSignup2")), mRoad(road) {}
 
 void frmSignup2::Form_Load()
@@ -190,13 +201,7 @@ bool frmSignup2::LoadCountryProviders(const QString& CountryID)
         const QString reply = CHTTPCall().GetPage(ptServiceProviderList, query, true, kServiceTimeOut);
         cmbNetworkOperator->clear();
         gstrProviders = reply.split(QLatin1Char(','));
-        // Whole groups run one past their end: the loop then stops with false,
-        // and the entries added so far stand.
-        const int32_t groups = RoundToEven(gstrProviders.size() / 5.0);
-        for (int32_t i = 0; i <= groups; ++i) {
-            AddEntry(cmbNetworkOperator, Field(gstrProviders, 5 * qsizetype(i) + 1));
-            SetItemData(cmbNetworkOperator, TextToInt32(Field(gstrProviders, 5 * qsizetype(i))));
-        }
+        AddProviderGroups(cmbNetworkOperator, gstrProviders);
         return true;
     });
 }

@@ -6,6 +6,8 @@
 // in the order of cmbNetworkOperator's entries.
 #include "skin/CSkinWindow.h"
 
+#include <QStringList>
+
 class CSignUpManager;
 class QComboBox;
 
@@ -15,6 +17,10 @@ class QComboBox;
 // whole number raises CError. The entry named chosen, if any, is selected as
 // it is added, which fires the list's click.
 void AddPairs(QComboBox* list, const QString& reply, const QString& chosen = {});
+// The networks of one country, five fields a network: an entry named by the
+// second field, with the first as item data. The loop runs one group past
+// the end, so it always ends in CError, with the entries added so far standing.
+void AddProviderGroups(QComboBox* list, const QStringList& providers);
 
 class frmSignup2 : public CSkinWindow {
     Q_OBJECT

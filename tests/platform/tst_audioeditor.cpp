@@ -79,6 +79,11 @@ private slots:
             << QByteArray::fromHex("524946462400000057415645666d74201000000001000100"
                                    "401f0000803e0000020010006461746100000000")
             << "The file is empty or damaged.";
+        // 24,000 frames whose header says 1 Hz: saving them resampled 8,000-fold.
+        QTest::addRow("wave at a rate no sound card plays")
+            << QByteArray::fromHex("52494646a4bb000057415645666d74201000000001000100"
+                                   "0100000002000000020010006461746180bb0000") + QByteArray(48000, '\x10')
+            << "Format is not supported.";
     }
     void openFile_badInput()
     {

@@ -6,6 +6,7 @@
 
 #include <QFile>
 #include <QTest>
+#include <algorithm>
 #include <memory>
 
 class tst_FileInfo : public QObject {
@@ -98,6 +99,38 @@ private slots:
         info.Open(MakeTone(scratch(name), seconds, 440, 22050, 1));
         QVERIFY2(qAbs(info.DurationMilliseconds() - seconds * 1000) <= tolerance,
                  qPrintable(QString::number(info.DurationMilliseconds())));
+    }
+
+    // Headers that claim more than their file holds: both readers give the
+    // length of the sound that is there, never a negative or wrapped one.
+    void lengths_whenTheHeaderLies_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addRow("mp3 whose frame count claims 56 million seconds") << "liar.mp3";
+        QTest::addRow("wave whose header claims 4 GB") << "liar.wav";
+    }
+    void lengths_whenTheHeaderLies()
+    {
+        QFETCH(QString, name);
+        const QString path = MakeTone(scratch(name), 3.0, 440, 44100, 2);
+        QByteArray bytes = ReadFile(path);
+        if (name.endsWith("mp3")) {
+            // The LAME tag's frame count, which readers believe over the file's size.
+            const qsizetype tag = std::max(bytes.indexOf("Info"), bytes.indexOf("Xing"));
+            QVERIFY(tag > 0 && (uchar(bytes[tag + 7]) & 1));
+            bytes.replace(tag + 8, 4, QByteArray("\x7f\xff\xff\xff", 4));
+        } else {
+            const QByteArray huge("\xf0\xff\xff\xff", 4);
+            bytes.replace(4, 4, huge);
+            bytes.replace(bytes.indexOf("data") + 4, 4, huge);
+        }
+        QVERIFY(WriteFile(path, bytes));
+        AudioInfo length;
+        length.Open(path);
+        QVERIFY2(qAbs(length.DurationMilliseconds() - 3000) <= 100, qPrintable(QString::number(length.DurationMilliseconds())));
+        AudioFileInfo tags;
+        tags.Open(path);
+        QVERIFY2(tags.Duration() >= 2 && tags.Duration() <= 3, qPrintable(QString::number(tags.Duration())));
     }
 };
 
