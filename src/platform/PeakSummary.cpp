@@ -81,6 +81,19 @@ void PeakSummary::Finish()
     }
 }
 
+int64_t PeakSummary::WholeBlockFrames() { return blockFrames(kLevels - 1); }
+
+void PeakSummary::Append(PeakSummary&& later)
+{
+    for (int l = 0; l < kLevels; ++l) {
+        mLevels[l].insert(mLevels[l].end(), later.mLevels[l].begin(), later.mLevels[l].end());
+        later.mLevels[l] = {};  // the memory goes as soon as it is copied
+    }
+    mOpen = std::move(later.mOpen);
+    mOpenCount = later.mOpenCount;
+    mFrames += later.mFrames;
+}
+
 PeakSummary::Span PeakSummary::Range(int channel, int64_t from, int64_t to) const
 {
     if (channel < 0 || channel >= mChannels || to <= from)

@@ -23,6 +23,12 @@ public:
     void Reserve(int64_t frames);
     void Add(const int16_t* frames, int count);
     void Finish();  // closes the last partial blocks
+    // The frames of the coarsest block: a summary of a multiple of them has
+    // no partial block, and one that follows it can be appended.
+    static int64_t WholeBlockFrames();
+    // Takes over a summary of the frames that come right after this one's,
+    // which holds a multiple of WholeBlockFrames.
+    void Append(PeakSummary&& later);
 
     int Channels() const { return mChannels; }
     int64_t Frames() const { return mFrames; }

@@ -128,6 +128,15 @@ void SongFeatures::Add(const int16_t* frames, int count)
     mFrames += count;
 }
 
+int64_t SongFeatures::FramesPerStretch() const { return int64_t{kStretch} * mDecimation; }
+
+void SongFeatures::Append(const SongFeatures& later)
+{
+    mLoudness.insert(mLoudness.end(), later.mLoudness.begin(), later.mLoudness.end());
+    mChroma.insert(mChroma.end(), later.mChroma.begin(), later.mChroma.end());
+    mFrames += later.mFrames;
+}
+
 void SongFeatures::Finish()
 {
     mStretch.clear();
