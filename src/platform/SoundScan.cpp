@@ -43,9 +43,10 @@ int64_t readInto(AudioDecoder& source, int64_t frames, PeakSummary& peaks, SongF
 // The second half, read on a thread of its own.
 class SecondHalf {
 public:
-    SecondHalf(const QString& path, int64_t from, int rate, int channels)
+    SecondHalf(const QString& path, int64_t from, int64_t frames, int rate, int channels)
     {
         mPeaks.Reset(channels);
+        mPeaks.Reserve(frames);
         mFeatures.Reset(rate, channels);
         mThread = std::jthread([this, path, from](std::stop_token stop) { run(path, from, stop); });
     }
@@ -115,10 +116,11 @@ bool ScanSound(AudioDecoder& source, const QString& path, PeakSummary& peaks, So
     const int channels = source.Channels();
     // The halves meet where the summary and the features both have whole blocks.
     const int64_t whole = std::lcm(PeakSummary::WholeBlockFrames(), features.FramesPerStretch());
-    const int64_t middle = static_cast<int64_t>(source.DurationSeconds() * source.SampleRate() / 2) / whole * whole;
+    const auto told = static_cast<int64_t>(source.DurationSeconds() * source.SampleRate());
+    const int64_t middle = told / 2 / whole * whole;
     std::unique_ptr<SecondHalf> second;
     if (source.DurationSeconds() >= kShortestSplitSeconds && middle > 0)
-        second = std::make_unique<SecondHalf>(path, middle, source.SampleRate(), channels);
+        second = std::make_unique<SecondHalf>(path, middle, (told - middle) * 51 / 50, source.SampleRate(), channels);
     int shown = 0;  // never back, when the halves do not meet and the second is dropped
     const auto progress = [&] {
         shown = std::max(shown, std::min(99, source.ProgressPercent() + (second ? second->Percent() : 0)));
