@@ -111,13 +111,19 @@ void SongFeatures::Add(const int16_t* frames, int count)
         return;
     // One channel, averaged down to the analysed rate: the average is also
     // the low-pass that keeps higher sound from folding into the pitches.
+    // The frames of one analysed sample lie side by side: one run of values.
     const int16_t* sample = frames;
-    for (int f = 0; f < count; ++f) {
-        int32_t mixed = 0;
-        for (int c = 0; c < mChannels; ++c)
-            mixed += *sample++;
-        mSum += mixed;
-        if (++mSummed == mDecimation) {
+    for (int f = 0; f < count;) {
+        const int take = std::min(count - f, mDecimation - mSummed);
+        const int values = take * mChannels;
+        int32_t sum = 0;
+        for (int i = 0; i < values; ++i)
+            sum += sample[i];
+        sample += values;
+        f += take;
+        mSum += sum;
+        mSummed += take;
+        if (mSummed == mDecimation) {
             mStretch.push_back(static_cast<float>(mSum / (mSummed * mChannels * 32768.0)));
             mSum = 0;
             mSummed = 0;
