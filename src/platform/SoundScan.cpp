@@ -40,6 +40,22 @@ int64_t readInto(AudioDecoder& source, int64_t frames, PeakSummary& peaks, SongF
     return done;
 }
 
+// The next frames, as many as asked for unless the sound ends first.
+std::vector<int16_t> readFrames(AudioDecoder& source, int frames)
+{
+    const int channels = source.Channels();
+    std::vector<int16_t> out(static_cast<size_t>(frames) * channels);
+    int got = 0;
+    while (got < frames) {
+        const int n = source.Read(out.data() + static_cast<size_t>(got) * channels, frames - got);
+        if (n == 0)
+            break;
+        got += n;
+    }
+    out.resize(static_cast<size_t>(got) * channels);
+    return out;
+}
+
 // The second half, read on a thread of its own.
 class SecondHalf {
 public:
@@ -74,15 +90,8 @@ private:
             int16_t first[2];
             source.Read(first, 1);
             source.Seek(from);
-            mFirst.resize(static_cast<size_t>(kMatchFrames) * source.Channels());
-            int got = 0;
-            while (got < kMatchFrames) {
-                const int n = source.Read(mFirst.data() + static_cast<size_t>(got) * source.Channels(), kMatchFrames - got);
-                if (n == 0)
-                    break;
-                got += n;
-            }
-            mFirst.resize(static_cast<size_t>(got) * source.Channels());
+            mFirst = readFrames(source, kMatchFrames);
+            const int got = static_cast<int>(mFirst.size()) / source.Channels();
             mPeaks.Add(mFirst.data(), got);
             mFeatures.Add(mFirst.data(), got);
             const int start = source.ProgressPercent();
@@ -129,15 +138,8 @@ bool ScanSound(AudioDecoder& source, const QString& path, PeakSummary& peaks, So
     };
     const int64_t read = readInto(source, second ? middle : INT64_MAX, peaks, features, progress);
     if (second && read == middle) {
-        std::vector<int16_t> meet(static_cast<size_t>(kMatchFrames) * channels);
-        int got = 0;
-        while (got < kMatchFrames) {
-            const int n = source.Read(meet.data() + static_cast<size_t>(got) * channels, kMatchFrames - got);
-            if (n == 0)
-                break;
-            got += n;
-        }
-        meet.resize(static_cast<size_t>(got) * channels);
+        const std::vector<int16_t> meet = readFrames(source, kMatchFrames);
+        const int got = static_cast<int>(meet.size()) / channels;
         while (!second->Wait())
             progress();
         if (second->Matches(meet)) {
