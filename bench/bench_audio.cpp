@@ -13,6 +13,7 @@
 #include <QImage>
 #include <QProcess>
 #include <QTemporaryDir>
+#include <QTest>
 #include <algorithm>
 
 namespace {
@@ -71,7 +72,40 @@ const bool openRatio = RegisterBench("AudioEditor_Open5minMp3_vsFfmpeg", [] {
     AudioEditor2 editor;
     const double ours = MedianMilliseconds(3, [&] { editor.OpenFile(song); });
     const double theirs = medianOfProcess(3, "ffmpeg", {"-v", "error", "-i", song, "-f", "null", "-"});
-    return BenchFigure{ours / theirs, "x ffmpeg (target <= 1.2)"};
+    return BenchFigure{ours / theirs, "x ffmpeg (target <= 0.5)"};
+});
+
+// The time from OpenFile to the first wave on the screen, which comes long
+// before an hour of sound is decoded.
+class FirstPaintEditor : public AudioEditor2 {
+public:
+    QElapsedTimer sinceOpen;
+    double firstPaint = -1;
+
+protected:
+    void paintEvent(QPaintEvent* event) override
+    {
+        AudioEditor2::paintEvent(event);
+        if (firstPaint < 0 && Peaks().Frames() > 0)
+            firstPaint = sinceOpen.nsecsElapsed() / 1e6;
+    }
+};
+
+const bool firstPaint = RegisterBench("AudioEditor_FirstPaint60minMp3", [] {
+    const QString song = songs().hour;
+    std::vector<double> times;
+    for (int i = 0; i < 3; ++i) {
+        FirstPaintEditor editor;
+        editor.resize(440, 110);
+        editor.show();
+        if (!QTest::qWaitForWindowExposed(&editor))  // as the main window is, long before a file opens
+            return BenchFigure{-1, "ms"};
+        editor.sinceOpen.start();
+        editor.OpenFile(song);
+        times.push_back(editor.firstPaint);
+    }
+    std::sort(times.begin(), times.end());
+    return BenchFigure{times[1], "ms (target <= 100)"};
 });
 
 const bool hourMemory = RegisterBench("AudioEditor_PeakRss60minMp3", [] {
@@ -79,9 +113,12 @@ const bool hourMemory = RegisterBench("AudioEditor_PeakRss60minMp3", [] {
     QFile clear("/proc/self/clear_refs");  // starts the peak afresh
     if (clear.open(QIODevice::WriteOnly))
         clear.write("5");
+    clear.close();  // written now, not when the figure is already taken
+    const double before = kilobytesOf("VmRSS:") / 1024.0;
     AudioEditor2 editor;
     editor.OpenFile(song);
-    return BenchFigure{kilobytesOf("VmHWM:") / 1024.0, "MB (target <= 150)"};
+    const double peak = kilobytesOf("VmHWM:") / 1024.0;
+    return BenchFigure{peak, QStringLiteral("MB (target <= 40), %1 MB of it before the file opened").arg(before, 0, 'f', 1)};
 });
 
 const bool repaint = RegisterBench("AudioEditor_Repaint", [] {
@@ -113,7 +150,7 @@ const bool amrRatio = RegisterBench("ConvertAudio_30sMp3ToAmrNb_vsFfmpeg", [] {
     const QString theirs = songs().dir.filePath("ffmpeg.amr");
     const double reference = medianOfProcess(3, "ffmpeg", {"-v", "error", "-y", "-i", source, "-ar", "8000", "-ac", "1",
                                                            "-c:a", "libopencore_amrnb", "-b:a", "12.2k", theirs});
-    return BenchFigure{ours / reference, "x ffmpeg (target <= 1.0)"};
+    return BenchFigure{ours / reference, "x ffmpeg (target <= 0.5)"};
 });
 
 const bool cut = RegisterBench("AudioEditor_SaveToFile30sMp3", [] {

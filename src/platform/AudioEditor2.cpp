@@ -4,21 +4,24 @@
 #include "platform/AudioDecoder.h"
 #include "platform/AudioEncoder.h"
 #include "platform/EditorPlayback.h"
+#include "platform/SoundScan.h"
 #include "platform/SoundLevel.h"
 #include "platform/Transcode.h"
 #include "platform/ZeroCrossing.h"
 
 #include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QPainter>
 #include <algorithm>
 #include <cmath>
+#include <tuple>
 #include <vector>
 
 namespace {
-constexpr int kChunkFrames = 16384;
 constexpr int kRulerHeight = 14;
 constexpr int kSaveMp3BitRate = 64000;
 constexpr int kSaveMp3MaxRate = 22050;
+constexpr int kLoadingPaintMs = 250;
 
 // Marks the editor busy for one reading of its file; a second one meanwhile,
 // from a handler that pumped events, is refused.
@@ -62,47 +65,64 @@ void AudioEditor2::OpenFile(const QString& path)
 {
     const BusyScope busy(mBusy);
     Stop();
-    // The new file is read beside the old one, which stays shown and
-    // playable when the new one turns out to be no sound.
     auto source = std::make_unique<AudioDecoder>();
-    PeakSummary peaks;
     SongFeatures features;
     emit OnEditorProgress(0);
     source->Open(path);
-    peaks.Reset(source->Channels());
-    features.Reset(source->SampleRate(), source->Channels());
+    // The new sound is drawn as it decodes, over the length its header
+    // tells; the old one, set aside, comes back when the new one turns out
+    // to be no sound.
+    PeakSummary old = std::move(mPeaks);
+    const auto oldPlaces =
+        std::tuple(mRate, mSelStart, mSelEnd, mViewStart, mViewEnd, mShowStart, mShowEnd, mPlayPosition);
     // The header's length is a guess, and may be a lie: a few percent over
     // it saves a doubling, and no more than the editor can hold is asked for.
-    peaks.Reserve(static_cast<int64_t>(
-        std::clamp(source->DurationSeconds() * 1.02 * source->SampleRate(), 0.0, double(INT32_MAX))));
-    std::vector<int16_t> chunk(static_cast<size_t>(kChunkFrames) * source->Channels());
-    int percent = 0;
-    while (const int got = source->Read(chunk.data(), kChunkFrames)) {
-        peaks.Add(chunk.data(), got);
-        features.Add(chunk.data(), got);
-        if (source->ProgressPercent() != percent) {
-            percent = source->ProgressPercent();
-            emit OnEditorProgress(percent);
-        }
-    }
-    peaks.Finish();
-    features.Finish();
-    if (peaks.Frames() == 0)  // a sound stream with nothing in it that decodes
-        throw CError(ErrNo::PathFileAccess, kFileEmptyOrDamaged, QStringLiteral("AudioEditor2"));
-    if (peaks.Frames() > INT32_MAX)
-        throw CError(ErrNo::PathFileAccess, kFormatNotSupported, QStringLiteral("AudioEditor2"));
+    const double told = std::clamp(source->DurationSeconds() * source->SampleRate(), 0.0, double(INT32_MAX));
+    mPeaks.Reset(source->Channels());
+    mPeaks.Reserve(static_cast<int64_t>(std::min(told * 1.02, double(INT32_MAX))));
+    mRate = source->SampleRate();
+    mSelStart = mSelEnd = mViewStart = mViewEnd = mShowStart = mPlayPosition = 0;
+    mShowEnd = static_cast<int32_t>(told);
+    mLoading = true;
     auto probe = std::make_unique<AudioDecoder>();
-    probe->Open(path);
-    // The decoder learns where the file's time starts from its first frame;
-    // a seek before any read would count from the place sought.
-    int16_t first[2];
-    probe->Read(first, 1);
+    try {
+        features.Reset(source->SampleRate(), source->Channels());
+        int percent = 0;
+        QElapsedTimer sincePaint;
+        ScanSound(*source, path, mPeaks, features, [&](int now) {
+            if (now != percent)
+                emit OnEditorProgress(percent = now);
+            // What is decoded shows at once and then a few times a second,
+            // whether or not the progress handler lets events through.
+            if (isVisible() && (!sincePaint.isValid() || sincePaint.elapsed() >= kLoadingPaintMs)) {
+                if (mPeaks.Frames() > mShowEnd)  // the header told too little
+                    mShowEnd = static_cast<int32_t>(std::min<int64_t>(mPeaks.Frames(), INT32_MAX));
+                repaint();
+                sincePaint.start();
+            }
+        });
+        mPeaks.Finish();
+        features.Finish();
+        if (mPeaks.Frames() == 0)  // a sound stream with nothing in it that decodes
+            throw CError(ErrNo::PathFileAccess, kFileEmptyOrDamaged, QStringLiteral("AudioEditor2"));
+        if (mPeaks.Frames() > INT32_MAX)
+            throw CError(ErrNo::PathFileAccess, kFormatNotSupported, QStringLiteral("AudioEditor2"));
+        probe->Open(path);
+        // The decoder learns where the file's time starts from its first
+        // frame; a seek before any read would count from the place sought.
+        int16_t first[2];
+        probe->Read(first, 1);
+    } catch (...) {
+        mLoading = false;
+        mPeaks = std::move(old);
+        std::tie(mRate, mSelStart, mSelEnd, mViewStart, mViewEnd, mShowStart, mShowEnd, mPlayPosition) = oldPlaces;
+        update();
+        throw;
+    }
+    mLoading = false;
     mSource = std::move(source);
     mProbe = std::move(probe);
-    mPeaks = std::move(peaks);
     mFeatures = std::move(features);
-    mRate = mSource->SampleRate();
-    mSelStart = mSelEnd = mViewStart = mShowStart = mPlayPosition = 0;
     mViewEnd = mShowEnd = TotalSamples();
     emit OnEditorProgress(100);
     update();
@@ -373,6 +393,8 @@ void AudioEditor2::paintEvent(QPaintEvent*)
         const double scale = (lane / 2 - 1) / 32768.0;
         for (int x = 0; x < w; ++x) {
             const int64_t from = mShowStart + span * x / w;
+            if (from >= mPeaks.Frames())  // not decoded yet
+                break;
             const int64_t to = std::max(from + 1, mShowStart + span * (x + 1) / w);
             const PeakSummary::Span s = mPeaks.Range(c, from, to);
             const bool inside = marked && from < selHigh && to > selLow;

@@ -83,7 +83,8 @@ public:
     int32_t ViewEnd() const { return mViewEnd; }
     bool ShowSelection() const { return mShowSelection; }
     void SetShowSelection(bool show);
-    int32_t TotalSamples() const { return static_cast<int32_t>(mPeaks.Frames()); }
+    // 0 while a file opens: what shows of it cannot be marked or played yet.
+    int32_t TotalSamples() const { return mLoading ? 0 : static_cast<int32_t>(mPeaks.Frames()); }
     int32_t PlayPosition() const { return mPlayPosition; }
     void SetPlayPosition(int32_t sample);
     int32_t SamplesToMilliseconds(int32_t samples) const;
@@ -178,6 +179,7 @@ private:
     bool mShowSelection = true;
     bool mSelectionChangePosted = false;
     bool mBusy = false;  // inside OpenFile or SaveToFile, whose progress handlers pump events
+    bool mLoading = false;  // OpenFile draws the sound it decodes, which is not whole yet
     int32_t mAnchor = 0;
     int mPressX = -1;
     bool mDragging = false;

@@ -3,6 +3,7 @@
 #include "core/CError.h"
 #include "platform/AudioEncoder.h"
 #include "platform/CDSource.h"
+#include "platform/FrameThread.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -11,6 +12,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <vector>
 
 #include <cddb/cddb.h>
 #include <cdio/cdio.h>
@@ -21,6 +23,7 @@ namespace {
 const QString kSource = QStringLiteral("NCTAudioCDGrabber2");
 constexpr int kFramesPerSector = CDIO_CD_FRAMESIZE_RAW / 4;  // 588 stereo 16-bit frames
 constexpr int kParanoiaRetries = 20;
+constexpr size_t kBatchSectors = 32;  // sectors handed to the encoder at once
 constexpr int kPregap = CDIO_PREGAP_SECTORS;  // CDDB counts from the disc's start, 150 sectors before LSN 0
 
 [[noreturn]] void fail(const QString& description)
@@ -86,13 +89,20 @@ RipEnd ripSectors(const QString& source, int32_t first, int32_t last, const QStr
         const double total = last - first + 1;
         int shownPercent = -1;  // one event a percent: each one pumps the window
         bool readable = lastSectorReads(cdio, last);
+        // The drive reads on while the encoder works on the sectors before.
+        FrameThread encoding(2, [&encoder](const int16_t* frames, int count) { encoder.Write(frames, count); });
+        std::vector<int16_t> batch;
         for (int32_t sector = first; readable && sector <= last && !cancel; ++sector) {
             const int16_t* frames = cdio_paranoia_read_limited(paranoia, paranoiaCallback, kParanoiaRetries);
             if (!frames || tParanoiaSkipped) {
                 readable = false;
                 break;
             }
-            encoder.Write(frames, kFramesPerSector);
+            batch.insert(batch.end(), frames, frames + kFramesPerSector * 2);
+            if (batch.size() >= kBatchSectors * kFramesPerSector * 2) {
+                encoding.Write(std::move(batch));
+                batch = encoding.Spare();
+            }
             // 100 is kept for the finished file.
             const double done = std::min(99.99, (sector - first + 1) * 100.0 / total);
             const int percent = static_cast<int>(done);
@@ -101,6 +111,8 @@ RipEnd ripSectors(const QString& source, int32_t first, int32_t last, const QStr
                 progress(done);
             }
         }
+        encoding.Write(std::move(batch));
+        encoding.Drain();
         readable = readable && (cancel || lastSectorReads(cdio, last));
         encoder.Finish();  // a stopped rip keeps what it has, under its own name
         end = !readable ? RipEnd::Unreadable : cancel ? RipEnd::Cancelled : RipEnd::Complete;

@@ -25,8 +25,10 @@ void PeakSummary::Reset(int channels)
 {
     mChannels = channels;
     mFrames = 0;
+    mJoined = false;
     for (int l = 0; l < kLevels; ++l) {
         mLevels[l].clear();
+        mAppended[l].clear();
         mOpen[l].assign(channels, kEmpty);
         mOpenCount[l] = 0;
     }
@@ -63,7 +65,7 @@ void PeakSummary::Add(const int16_t* frames, int count)
 void PeakSummary::closeBlock(int level)
 {
     for (int c = 0; c < mChannels; ++c) {
-        mLevels[level].push_back(mOpen[level][c]);
+        filling(level).push_back(mOpen[level][c]);
         if (level + 1 < kLevels)
             merge(mOpen[level + 1][c], mOpen[level][c]);
         mOpen[level][c] = kEmpty;
@@ -81,6 +83,17 @@ void PeakSummary::Finish()
     }
 }
 
+int64_t PeakSummary::WholeBlockFrames() { return blockFrames(kLevels - 1); }
+
+void PeakSummary::Append(PeakSummary&& later)
+{
+    mAppended = std::move(later.mLevels);
+    mJoined = true;
+    mOpen = std::move(later.mOpen);
+    mOpenCount = later.mOpenCount;
+    mFrames += later.mFrames;
+}
+
 PeakSummary::Span PeakSummary::Range(int channel, int64_t from, int64_t to) const
 {
     if (channel < 0 || channel >= mChannels || to <= from)
@@ -89,11 +102,16 @@ PeakSummary::Span PeakSummary::Range(int channel, int64_t from, int64_t to) cons
     while (level + 1 < kLevels && blockFrames(level + 1) <= to - from)
         ++level;
     const int64_t size = blockFrames(level);
-    const int64_t blocks = static_cast<int64_t>(mLevels[level].size()) / mChannels;
+    const std::vector<Span>& before = mLevels[level];
+    const std::vector<Span>& after = mAppended[level];
+    const auto inBefore = static_cast<int64_t>(before.size());
+    const int64_t blocks = (inBefore + static_cast<int64_t>(after.size())) / mChannels;
     const int64_t first = std::max<int64_t>(0, from / size);
     const int64_t last = std::min(blocks, (to + size - 1) / size);
     Span out = kEmpty;
-    for (int64_t b = first; b < last; ++b)
-        merge(out, mLevels[level][b * mChannels + channel]);
+    for (int64_t b = first; b < last; ++b) {
+        const int64_t at = b * mChannels + channel;
+        merge(out, at < inBefore ? before[at] : after[at - inBefore]);
+    }
     return first < last ? out : Span{};
 }

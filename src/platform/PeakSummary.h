@@ -23,6 +23,12 @@ public:
     void Reserve(int64_t frames);
     void Add(const int16_t* frames, int count);
     void Finish();  // closes the last partial blocks
+    // The frames of the coarsest block: a summary of a multiple of them has
+    // no partial block, and one that follows it can be appended.
+    static int64_t WholeBlockFrames();
+    // Takes over, without a copy, a summary of the frames that come right
+    // after this one's, which holds a multiple of WholeBlockFrames. Once.
+    void Append(PeakSummary&& later);
 
     int Channels() const { return mChannels; }
     int64_t Frames() const { return mFrames; }
@@ -32,10 +38,13 @@ public:
 
 private:
     void closeBlock(int level);
+    std::vector<Span>& filling(int level) { return mJoined ? mAppended[level] : mLevels[level]; }
 
     int mChannels = 0;
     int64_t mFrames = 0;
     std::array<std::vector<Span>, kLevels> mLevels;  // blocks, channel-interleaved
+    std::array<std::vector<Span>, kLevels> mAppended;  // the blocks of an appended summary, after those
+    bool mJoined = false;
     std::array<std::vector<Span>, kLevels> mOpen;    // the block being filled, per channel
     std::array<int64_t, kLevels> mOpenCount{};       // frames (level 0) or blocks in it
 };

@@ -111,16 +111,18 @@ void SongFeatures::Add(const int16_t* frames, int count)
         return;
     // One channel, averaged down to the analysed rate: the average is also
     // the low-pass that keeps higher sound from folding into the pitches.
+    // The frames of one analysed sample lie side by side: one run of values.
+    const int16_t* sample = frames;
     for (int f = 0; f < count;) {
-        // The rest of one group of frames at a time: a loop the compiler can widen.
-        const int take = std::min(mDecimation - mSummed, count - f);
-        const int16_t* sample = frames + static_cast<ptrdiff_t>(f) * mChannels;
+        const int take = std::min(count - f, mDecimation - mSummed);
+        const int values = take * mChannels;
         int32_t sum = 0;
-        for (int i = 0; i < take * mChannels; ++i)
+        for (int i = 0; i < values; ++i)
             sum += sample[i];
+        sample += values;
+        f += take;
         mSum += sum;
         mSummed += take;
-        f += take;
         if (mSummed == mDecimation) {
             mStretch.push_back(static_cast<float>(mSum / (mSummed * mChannels * 32768.0)));
             mSum = 0;
@@ -130,6 +132,15 @@ void SongFeatures::Add(const int16_t* frames, int count)
         }
     }
     mFrames += count;
+}
+
+int64_t SongFeatures::FramesPerStretch() const { return int64_t{kStretch} * mDecimation; }
+
+void SongFeatures::Append(const SongFeatures& later)
+{
+    mLoudness.insert(mLoudness.end(), later.mLoudness.begin(), later.mLoudness.end());
+    mChroma.insert(mChroma.end(), later.mChroma.begin(), later.mChroma.end());
+    mFrames += later.mFrames;
 }
 
 void SongFeatures::Finish()

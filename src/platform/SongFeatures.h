@@ -20,6 +20,10 @@ public:
     void Reset(int sampleRate, int channels);
     void Add(const int16_t* frames, int count);
     void Finish();  // the last partial stretch is dropped
+    // The frames of one stretch. The features of frames that follow a
+    // multiple of them can be appended.
+    int64_t FramesPerStretch() const;
+    void Append(const SongFeatures& later);
 
     int Stretches() const { return static_cast<int>(mLoudness.size()); }
     double SecondsPerStretch() const;

@@ -2,6 +2,7 @@
 
 #include "platform/AudioDecoder.h"
 #include "platform/AudioEncoder.h"
+#include "platform/FrameThread.h"
 #include "platform/SampleShaper.h"
 
 #include <algorithm>
@@ -14,26 +15,26 @@ constexpr int kChunkFrames = 16384;
 int64_t Transcode(AudioDecoder& source, AudioEncoder& target, const TranscodeSteps& steps)
 {
     const int channels = source.Channels();
-    std::vector<int16_t> chunk(static_cast<size_t>(kChunkFrames) * channels);
+    // This thread decodes and shapes while the encoder works on what came before.
+    FrameThread encoding(channels, [&target](const int16_t* frames, int count) { target.Write(frames, count); });
     int64_t done = 0;
     for (;;) {
         const int64_t left = steps.frames < 0 ? kChunkFrames : steps.frames - done;
-        const int got = left > 0 ? source.Read(chunk.data(), static_cast<int>(std::min<int64_t>(kChunkFrames, left))) : 0;
+        if (left <= 0)
+            break;
+        std::vector<int16_t> chunk = encoding.Spare();
+        chunk.resize(static_cast<size_t>(kChunkFrames) * channels);
+        const int got = source.Read(chunk.data(), static_cast<int>(std::min<int64_t>(kChunkFrames, left)));
         if (got == 0)
             break;
-        if (steps.shaper) {
-            const std::vector<int16_t> ready = steps.shaper->Push(chunk.data(), got);
-            target.Write(ready.data(), static_cast<int>(ready.size() / channels));
-        } else {
-            target.Write(chunk.data(), got);
-        }
+        chunk.resize(static_cast<size_t>(got) * channels);
+        encoding.Write(steps.shaper ? steps.shaper->Push(chunk.data(), got) : std::move(chunk));
         done += got;
         if (steps.progress)
             steps.progress(done);
     }
-    if (steps.shaper) {
-        const std::vector<int16_t> tail = steps.shaper->Flush();
-        target.Write(tail.data(), static_cast<int>(tail.size() / channels));
-    }
+    if (steps.shaper)
+        encoding.Write(steps.shaper->Flush());
+    encoding.Drain();
     return done;
 }

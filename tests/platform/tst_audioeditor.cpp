@@ -2,6 +2,8 @@
 #include "platform/AudioDecoder.h"
 #include "platform/AudioEditor2.h"
 #include "platform/EditorPlayback.h"
+#include "platform/SongFeatures.h"
+#include "platform/SoundScan.h"
 #include "support/Files.h"
 #include "support/SoundFiles.h"
 #include "support/SoundTestCase.h"
@@ -267,6 +269,60 @@ private slots:
         }
     }
 
+    // A long sound is read in two halves at once; joined, they are what one
+    // reading from start to end gives, block for block.
+    void scan_halvesJoinAsOneReading_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QStringList>("codec");
+        QTest::addColumn<bool>("joins");
+        QTest::addRow("mp3 constant rate") << "j.mp3" << QStringList{"-b:a", "128k"} << true;
+        QTest::addRow("mp3 variable rate") << "k.mp3" << QStringList{"-q:a", "4"} << true;
+        QTest::addRow("wav") << "l.wav" << QStringList{} << true;
+    }
+    void scan_halvesJoinAsOneReading()
+    {
+        QFETCH(QString, name);
+        QFETCH(QStringList, codec);
+        QFETCH(bool, joins);
+        const QString path = scratch(name);
+        QVERIFY(RunTool("ffmpeg", QStringList{"-v", "error", "-y", "-f", "lavfi", "-i",
+                                              "aevalsrc=0.4*sin(2*PI*(100+40*t)*t)|0.3*sin(2*PI*(900-9*t)*t):s=44100:d=75"} +
+                                      codec + QStringList{path}));
+        AudioDecoder source;
+        source.Open(path);
+        PeakSummary halves;
+        halves.Reset(2);
+        SongFeatures halvesFeatures;
+        halvesFeatures.Reset(44100, 2);
+        QCOMPARE(ScanSound(source, path, halves, halvesFeatures, [](int) {}), joins);
+        halves.Finish();
+        halvesFeatures.Finish();
+
+        AudioDecoder whole;
+        whole.Open(path);
+        PeakSummary once;
+        once.Reset(2);
+        SongFeatures onceFeatures;
+        onceFeatures.Reset(44100, 2);
+        std::vector<int16_t> chunk(2 * 10000);
+        while (const int got = whole.Read(chunk.data(), 10000)) {
+            once.Add(chunk.data(), got);
+            onceFeatures.Add(chunk.data(), got);
+        }
+        once.Finish();
+        onceFeatures.Finish();
+        QCOMPARE(halves.Frames(), once.Frames());
+        for (int c = 0; c < 2; ++c) {
+            for (qint64 at = 0; at < once.Frames(); at += PeakSummary::kBlock) {
+                const PeakSummary::Span a = halves.Range(c, at, at + 1), b = once.Range(c, at, at + 1);
+                QVERIFY2(a.low == b.low && a.high == b.high, qPrintable(QString("block at %1").arg(at)));
+            }
+        }
+        QCOMPARE(halvesFeatures.Stretches(), onceFeatures.Stretches());
+        QCOMPARE(halvesFeatures.BestPart(20).start, onceFeatures.BestPart(20).start);
+    }
+
     void decoder_seekIsSampleAccurate_data()
     {
         QTest::addColumn<QString>("name");
@@ -495,6 +551,42 @@ private slots:
         QVERIFY(count(look.playCursor, shot) >= 50);
         editor.SetShowSelection(false);
         QCOMPARE(count(look.selectedBackground, editor.grab().toImage()), 0);
+    }
+
+    // An opening file shows what is decoded of it, left to right over the
+    // length its header tells, and cannot be marked or played until whole.
+    void paint_showsWhatIsDecodedWhileOpening()
+    {
+        AudioEditor2 editor;
+        editor.resize(300, 100);
+        editor.show();
+        const QString path = MakeTone(scratch("long.wav"), 30.0, 200, 8000, 1);
+        const QColor wave = editor.Appearance().wave;
+        int halfway = -1, left = 0, right = 0, total = -1, mark = -1;
+        connect(&editor, &AudioEditor2::OnEditorProgress, &editor, [&](int percent) {
+            if (halfway >= 0 || percent < 40 || percent > 70)
+                return;
+            halfway = percent;
+            total = editor.TotalSamples();
+            editor.SetSelectionStart(100);
+            mark = editor.SelectionStart();
+            editor.Play(1);
+            const QImage shot = editor.grab().toImage();
+            for (int y = 0; y < shot.height(); ++y) {
+                for (int x = 0; x < 60; ++x) {
+                    left += shot.pixelColor(x, y) == wave;
+                    right += shot.pixelColor(shot.width() - 1 - x, y) == wave;
+                }
+            }
+        });
+        editor.OpenFile(path);
+        QVERIFY(halfway >= 0);
+        QCOMPARE(total, 0);
+        QVERIFY2(left > 200, qPrintable(QString::number(left)));
+        QCOMPARE(right, 0);
+        QCOMPARE(mark, 0);
+        QVERIFY(!editor.IsPlaying());
+        QCOMPARE(editor.TotalSamples(), 30 * 8000);
     }
 
     // Last: it takes the sound server's devices away for the rest of the run.
