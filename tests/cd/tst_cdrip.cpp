@@ -83,7 +83,6 @@ private slots:
         QTest::addColumn<int>("id");
         QTest::addColumn<int>("session");
         QTest::addColumn<int>("track");
-        QTest::addRow("first") << 0 << 0 << 0;
         QTest::addRow("50 stays in session 0") << 50 << 0 << 50;
         QTest::addRow("51 tips into session 1") << 51 << 1 << -49;
         QTest::addRow("second of the second session") << 101 << 1 << 1;

@@ -2,7 +2,6 @@
 #include "core/codepage.h"
 #include "core/globals.h"
 #include "core/modCommon.h"
-#include "core/modEncryption.h"
 #include "core/seams.h"
 #include "support/DialogAnswerer.h"
 #include "support/Files.h"
@@ -178,14 +177,6 @@ private slots:
             QTEST(e.Number(), "number");
             QTEST(e.Description(), "description");
         }
-    }
-
-    void accountQueryIsNotEncoded()
-    {
-        gstrMachineKey = Hash("000000000000");
-        gstrMobileNumber = "0412 345 678";
-        gstrPassword = Encrypt("p&ss word", gstrMachineKey);
-        QCOMPARE(BuildAccountQuery(), QString("MobileNumber=0412 345 678&Password=p&ss word"));
     }
 
     void setFormEnabled_switchesEveryControlAndTimer()

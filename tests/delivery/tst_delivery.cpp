@@ -60,14 +60,11 @@ private slots:
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("type");
         QTest::addColumn<QString>("ext");
-        QTest::addRow("WAV") << "WAV" << 6 << "preview.wav" << "audio/wav" << "wav";
-        QTest::addRow("AMR Wideband") << "AMR Wideband" << 2 << "preview.amr" << "audio/amr-wb" << "amr";
         QTest::addRow("AMR Narrowband") << "AMR Narrowband" << 1 << "preview.amr" << "audio/amr" << "amr";
         QTest::addRow("MP3") << "MP3" << 5 << "preview1.mp3" << "audio/mpeg" << "mp3";
         QTest::addRow("AAC") << "AAC" << 4 << "preview.aac" << "audio/aac" << "aac";
         QTest::addRow("QCELP") << "QCELP" << 3 << "preview.qcp" << "audio/qcelp" << "qcp";
         QTest::addRow("lower case falls back") << "amr narrowband" << 1 << "preview.amr" << "audio/amr" << "amr";
-        QTest::addRow("Mp3 is not MP3") << "Mp3" << 1 << "preview.amr" << "audio/amr" << "amr";
         QTest::addRow("empty") << "" << 1 << "preview.amr" << "audio/amr" << "amr";
         QTest::addRow("padded") << "MP3 " << 1 << "preview.amr" << "audio/amr" << "amr";
     }
@@ -87,13 +84,8 @@ private slots:
         QTest::addColumn<QString>("setting");
         QTest::addColumn<qint64>("limit");  // -1: none
         QTest::addRow("50 KB") << "50 KB" << qint64(51200);
-        QTest::addRow("100 KB") << "100 KB" << qint64(102400);
-        QTest::addRow("150 KB") << "150 KB" << qint64(153600);
-        QTest::addRow("200 KB") << "200 KB" << qint64(204800);
-        QTest::addRow("500 KB") << "500 KB" << qint64(512000);
         QTest::addRow("Unlimited") << "Unlimited" << qint64(-1);
         QTest::addRow("absent") << "" << qint64(150000);
-        QTest::addRow("abc") << "abc" << qint64(150000);
         QTest::addRow("case counts") << "unlimited" << qint64(150000);
         QTest::addRow("no blank") << "150KB" << qint64(150000);
     }
@@ -148,7 +140,6 @@ private slots:
         QTest::addRow("one byte") << 1 << QList<int>{2};
         QTest::addRow("exactly one field") << 16380 << QList<int>{32760};
         QTest::addRow("one byte over") << 16381 << QList<int>{32760, 2};
-        QTest::addRow("40000 bytes") << 40000 << QList<int>{32760, 32760, 14480};
         QTest::addRow("two whole fields") << 32760 << QList<int>{32760, 32760};
     }
     void toneDataFields()
@@ -189,7 +180,6 @@ private slots:
         QTest::addRow("third field HTTP in capitals") << "1,OK,HTTPS://x" << false;
         QTest::addRow("leading blank") << "1,OK, https://x" << false;
         QTest::addRow("empty reply counts as delivered") << "" << true;
-        QTest::addRow("one field") << "1" << true;
         QTest::addRow("two fields") << "0,Error" << true;
         QTest::addRow("more fields") << "1,OK,https://x,extra" << true;
         QTest::addRow("empty third") << "1,OK," << false;

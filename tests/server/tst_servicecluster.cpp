@@ -12,30 +12,6 @@
 #include <csignal>
 #include <memory>
 
-namespace {
-QByteArray UploadBody(const QString& mobile, const QString& filename, const QByteArray& tone)
-{
-    const QString xml = QStringLiteral("<Message ContentType=\"audio/amr\" Filename=\"%1\" MobileNumber=\"%2\"/>")
-                            .arg(filename, mobile);
-    QByteArray body =
-        "MobileNumber=" + mobile.toLatin1() + "&Password=secret99&xmldata=" + QUrl::toPercentEncoding(xml);
-    const QByteArray hex = tone.toHex();
-    for (qsizetype at = 0, n = 1; at < hex.size(); at += 32760, ++n)
-        body += "&tonedata" + QByteArray::number(n) + "=" + hex.mid(at, 32760);
-    return body;
-}
-
-QString LoginQuery(const QString& mobile, const QString& password)
-{
-    return QStringLiteral("Login.asp?MobileNumber=%1&Password=%2&Origin=0").arg(mobile, password);
-}
-
-QString FreeQuills(const ServiceFixture& service, const QString& mobile)
-{
-    return QString::fromLatin1(service.get(LoginQuery(mobile, "secret99")).body).section(QLatin1Char(','), 7, 7);
-}
-}  // namespace
-
 class tst_ServiceCluster : public QObject {
     Q_OBJECT
     std::unique_ptr<TestGround> ground;
@@ -91,13 +67,13 @@ private slots:
     void aRetryOnTheOtherIsNotChargedTwice()
     {
         QVERIFY(!one->addActiveCustomer("0400000052", "secret99").isEmpty());
-        const QByteArray body = UploadBody("0400000052", "20250101000000.amr", QByteArray(5000, 'x'));
+        const QByteArray body = UploadBody("0400000052", "secret99", QByteArray(5000, 'x'));
         const auto first = one->post("SendT2.asp", body);
         QVERIFY(first.body.startsWith("1,"));
         // The same tone, named by each at its own address.
         QCOMPARE(two->post("SendT2.asp", body).body.replace(two->baseUrl().toLatin1(), ""),
                  QByteArray(first.body).replace(one->baseUrl().toLatin1(), ""));
-        QCOMPARE(FreeQuills(*two, "0400000052"), QString("2"));
+        QCOMPARE(two->freeQuills("0400000052", "secret99"), QString("2"));
     }
 
     // Uploads go to both in turn; one is killed in the middle of one. Each
@@ -113,7 +89,7 @@ private slots:
         for (int i = 0; i < 30; ++i) {
             const QString name = QString("2025010100%1.amr").arg(i, 4, 10, QLatin1Char('0'));
             tones[name] = QByteArray(150 * 1024, static_cast<char>('a' + i % 26));
-            const QByteArray body = UploadBody("0400000053", name, tones[name]);
+            const QByteArray body = UploadBody("0400000053", "secret99", tones[name], "audio/amr", name);
             // The tenth goes to the doomed one, which dies while it reads it.
             if (i == 10)
                 QTimer::singleShot(0, [&] { ::kill(static_cast<pid_t>(doomed.pid()), SIGKILL); });

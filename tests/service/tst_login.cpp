@@ -165,7 +165,6 @@ private slots:
         QTest::addColumn<QString>("service");  // "", "unreachable" or "untrusted"
         QTest::addColumn<QString>("message");
         QTest::addColumn<int>("refusals");
-        QTest::addRow("refused") << "0499999999" << "wrong" << "" << "Invalid login. Please try again." << 1;
         QTest::addRow("refused five times") << "0499999998" << "wrong" << "" << "Invalid login. Please try again." << 5;
         QTest::addRow("refused six times") << "0499999997" << "wrong" << "" << "Invalid login. Please try again." << 6;
         QTest::addRow("no number") << "   " << "x" << "" << "Please enter your mobile number and password." << 0;

@@ -271,6 +271,35 @@ QString ServiceFixture::signUpQuery(const QString& mobile, const QString& passwo
         .arg(firstName, mobile, password);
 }
 
+QString LoginQuery(const QString& mobile, const QString& password)
+{
+    return QStringLiteral("Login.asp?MobileNumber=%1&Password=%2&Origin=0").arg(mobile, password);
+}
+
+QString ServiceFixture::freeQuills(const QString& mobile, const QString& password) const
+{
+    return QString::fromLatin1(get(LoginQuery(mobile, password)).body).section(QLatin1Char(','), 7, 7);
+}
+
+QByteArray UploadBody(const QString& mobile, const QString& password, const QByteArray& tone,
+                      const QString& contentType, const QString& filename)
+{
+    const QString xml = QStringLiteral("<Message ContentType=\"%1\" Filename=\"%2\" QueueIdentifier=\"AB\" "
+                                       "QueueData=\"CD\" Created=\"1/01/2025 12:00:00 PM\" Status=\"Ready\" "
+                                       "MobileNumber=\"%3\" Password=\"%4\"/>")
+                            .arg(contentType, filename, mobile, password);
+    QByteArray body = "MobileNumber=" + mobile.toLatin1() + "&Password=" + password.toLatin1() +
+                      "&xmldata=" + QUrl::toPercentEncoding(xml);
+    const QByteArray hex = tone.toHex().toUpper();
+    qsizetype at = 0;
+    int n = 1;
+    do {
+        body += "&tonedata" + QByteArray::number(n++) + "=" + hex.mid(at, 32760);
+        at += 32760;
+    } while (at < hex.size());
+    return body;
+}
+
 QString ServiceFixture::addActiveCustomer(const QString& mobile, const QString& password, const QString& firstName)
 {
     const Reply added = get(signUpQuery(mobile, password, firstName));

@@ -64,6 +64,8 @@ public:
     static QStringList messagesIn(const QByteArray& page);
     // The sign-up request of a customer with an Australian Telstra number.
     static QString signUpQuery(const QString& mobile, const QString& password, const QString& firstName = "Kim");
+    // The free quills the login of an account gives.
+    QString freeQuills(const QString& mobile, const QString& password) const;
     // Signs up and activates such a customer. Returns the id, or empty on failure.
     QString addActiveCustomer(const QString& mobile, const QString& password, const QString& firstName = "Kim");
 
@@ -91,3 +93,9 @@ private:
     QString mBaseUrl;
     QByteArray mOperatorKey;
 };
+
+// A login request of an account.
+QString LoginQuery(const QString& mobile, const QString& password);
+// A tone upload the way the program posts it: hexadecimal in fields of 32760.
+QByteArray UploadBody(const QString& mobile, const QString& password, const QByteArray& tone,
+                      const QString& contentType = "audio/amr", const QString& filename = "20250101120000.amr");
