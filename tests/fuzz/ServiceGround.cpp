@@ -17,7 +17,7 @@ std::string MadeFolder(const std::string& path)
 
 struct Service {
     std::string folder = MadeFolder(ScratchFolder().toStdString() + "/service");
-    Store store{folder + "/service.db"};
+    Store store{"sqlite:" + folder + "/service.db"};
     Pages pages{store, folder};
     Router router;
 
