@@ -34,11 +34,6 @@ QPointer<frmMessage>& waitWindow()
     return window;
 }
 
-SkinButton button(const char* name, const char* caption, QRect rect, ButtonLook look = ButtonLook::Secondary)
-{
-    return {QString::fromLatin1(name), QString::fromUtf8(caption), look, rect};
-}
-
 SkinLabel link(const char* name, const char* caption, QRect rect)
 {
     return {QString::fromLatin1(name), rect, LabelKind::Link, QString::fromUtf8(caption), 9, false,
@@ -88,12 +83,12 @@ void frmRipCD::buildControls()
         link("lblURL", "Where do they come from?", QRect(left + 116, 380, 200, 24)),
     };
     desc.buttons = {
-        button("cmdPrev", "Prev", QRect(left + 100, 282, 60, 32)),
-        button("cmdPlay", "Play", QRect(left + 164, 282, 60, 32)),
-        button("cmdStop", "Stop", QRect(left + 228, 282, 60, 32)),
-        button("cmdNext", "Next", QRect(left + 292, 282, 60, 32)),
-        button("cmdRipIt", "Rip it", QRect(left + listWidth - 190, 330, 100, 38), ButtonLook::Primary),
-        button("cmdCancel", "Cancel", QRect(left + listWidth - 84, 330, 84, 38)),
+        PlacedButton("cmdPrev", "Prev", QRect(left + 100, 282, 60, 32)),
+        PlacedButton("cmdPlay", "Play", QRect(left + 164, 282, 60, 32)),
+        PlacedButton("cmdStop", "Stop", QRect(left + 228, 282, 60, 32)),
+        PlacedButton("cmdNext", "Next", QRect(left + 292, 282, 60, 32)),
+        PlacedButton("cmdRipIt", "Rip it", QRect(left + listWidth - 190, 330, 100, 38), ButtonLook::Primary),
+        PlacedButton("cmdCancel", "Cancel", QRect(left + listWidth - 84, 330, 84, 38)),
     };
     Build(desc);
     // The painted close mark is this window's lblQuit.

@@ -13,11 +13,6 @@ QRect ArtworkRect(int x, int y, int width, int height)
 }
 
 namespace {
-SkinButton button(const char* name, const char* caption, QRect rect, ButtonLook look = ButtonLook::Secondary)
-{
-    return {QString::fromLatin1(name), QString::fromUtf8(caption), look, rect};
-}
-
 SkinLabel text(const char* name, QRect rect, double points = 9, bool bold = false, int align = Qt::AlignLeft | Qt::AlignVCenter)
 {
     return {QString::fromLatin1(name), rect, LabelKind::Text, {}, points, bold, align};
@@ -75,22 +70,22 @@ SkinWindowDesc MainFace(bool recordMode)
     d.minimizeMark = true;
     d.bodyRect = ArtworkRect(0, 0, 1, 1);  // no painted wording: the labels carry it
     d.buttons = {
-        button("cmdOpen", "Open", ArtworkRect(14, 178, 46, 34)),
-        button("cmdMyMusic", "Music", ArtworkRect(60, 178, 50, 34)),
-        button("cmdRip", "CD", ArtworkRect(110, 178, 38, 34)),
-        button("cmdRecord", "Rec", ArtworkRect(148, 178, 42, 34)),
-        button("cmdTrim", "Trim", ArtworkRect(190, 178, 44, 34)),
-        button("cmdReset", "Reset", ArtworkRect(234, 178, 48, 34)),
-        button("cmdPlay", "Play", ArtworkRect(282, 178, 44, 34)),
-        button("cmdStop", "Stop", ArtworkRect(326, 178, 44, 34)),
-        button("cmdSend", "Send", ArtworkRect(370, 178, 68, 34), ButtonLook::Primary),
+        PlacedButton("cmdOpen", "Open", ArtworkRect(14, 178, 46, 34)),
+        PlacedButton("cmdMyMusic", "Music", ArtworkRect(60, 178, 50, 34)),
+        PlacedButton("cmdRip", "CD", ArtworkRect(110, 178, 38, 34)),
+        PlacedButton("cmdRecord", "Rec", ArtworkRect(148, 178, 42, 34)),
+        PlacedButton("cmdTrim", "Trim", ArtworkRect(190, 178, 44, 34)),
+        PlacedButton("cmdReset", "Reset", ArtworkRect(234, 178, 48, 34)),
+        PlacedButton("cmdPlay", "Play", ArtworkRect(282, 178, 44, 34)),
+        PlacedButton("cmdStop", "Stop", ArtworkRect(326, 178, 44, 34)),
+        PlacedButton("cmdSend", "Send", ArtworkRect(370, 178, 68, 34), ButtonLook::Primary),
     };
     if (recordMode) {
         d.heading = QStringLiteral("Record a sound");
         d.body = QStringLiteral("Press Start, then play your sound into the microphone or line in. Press Stop when it is done.");
         d.bodyRect = ArtworkRect(16, 76, 276, 60);
-        d.buttons << button("imgStartRecording", "Start", ArtworkRect(300, 96, 64, 34), ButtonLook::Primary)
-                  << button("imgStopRecording", "Stop", ArtworkRect(370, 96, 64, 34));
+        d.buttons << PlacedButton("imgStartRecording", "Start", ArtworkRect(300, 96, 64, 34), ButtonLook::Primary)
+                  << PlacedButton("imgStopRecording", "Stop", ArtworkRect(370, 96, 64, 34));
     }
     d.labels = {
         text("lblSoundFile", ArtworkRect(16, 80, 210, 16), 9.5, true),

@@ -13,11 +13,6 @@
 #include <QTimer>
 
 namespace {
-SkinButton button(const char* name, const char* caption, QRect rect, ButtonLook look = ButtonLook::Secondary)
-{
-    return {QString::fromLatin1(name), QString::fromUtf8(caption), look, rect};
-}
-
 SkinLabel text(const char* name, QRect rect, const char* words = "", LabelKind kind = LabelKind::Text)
 {
     return {QString::fromLatin1(name), rect, kind, QString::fromUtf8(words), 9, kind != LabelKind::Text,
@@ -31,13 +26,13 @@ SkinWindowDesc zoomFace()
     d.size = QSize(TwipsToPixelsX(9600), TwipsToPixelsY(4800));
     d.bodyRect = ArtworkRect(0, 0, 1, 1);  // the labels carry the wording
     d.buttons = {
-        button("cmdOpen", "Open", ArtworkRect(16, 262, 50, 34)),
-        button("cmdTrim", "Trim", ArtworkRect(70, 262, 50, 34)),
-        button("cmdReset", "Reset", ArtworkRect(124, 262, 54, 34)),
-        button("cmdPlay", "Play", ArtworkRect(182, 262, 50, 34)),
-        button("cmdStop", "Stop", ArtworkRect(236, 262, 50, 34)),
-        button("cmdCancel", "Cancel", ArtworkRect(450, 262, 70, 34)),
-        button("cmdOK", "OK", ArtworkRect(526, 262, 80, 34), ButtonLook::Primary),
+        PlacedButton("cmdOpen", "Open", ArtworkRect(16, 262, 50, 34)),
+        PlacedButton("cmdTrim", "Trim", ArtworkRect(70, 262, 50, 34)),
+        PlacedButton("cmdReset", "Reset", ArtworkRect(124, 262, 54, 34)),
+        PlacedButton("cmdPlay", "Play", ArtworkRect(182, 262, 50, 34)),
+        PlacedButton("cmdStop", "Stop", ArtworkRect(236, 262, 50, 34)),
+        PlacedButton("cmdCancel", "Cancel", ArtworkRect(450, 262, 70, 34)),
+        PlacedButton("cmdOK", "OK", ArtworkRect(526, 262, 80, 34), ButtonLook::Primary),
     };
     d.labels = {
         text("SongCaption", ArtworkRect(16, 236, 36, 16), "Song"),

@@ -23,6 +23,13 @@ struct SkinButton {
     QRect rect;       // empty: laid out in the button row at the foot
 };
 
+// A button that stands at its own place on a window's artwork.
+inline SkinButton PlacedButton(const char* name, const char* caption, QRect rect,
+                               ButtonLook look = ButtonLook::Secondary)
+{
+    return {QString::fromLatin1(name), QString::fromUtf8(caption), look, rect};
+}
+
 enum class LabelKind {
     Text,     // run-time wording, lets the mouse through to the body
     HotSpot,  // transparent, takes clicks (lblClose, lblMinimize, lblSettings)
